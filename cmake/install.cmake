@@ -1,0 +1,20 @@
+# Headers, the libraries, the command, and what a consumer finds them by.
+include(CMakePackageConfigHelpers)
+
+install(DIRECTORY include/dlxcomn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(TARGETS dlxcomn dlxintl EXPORT dlxcomn-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS dlxcomn_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+set_target_properties(dlxcomn dlxintl PROPERTIES INSTALL_RPATH "$ORIGIN")
+file(RELATIVE_PATH BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(dlxcomn_command PROPERTIES INSTALL_RPATH "$ORIGIN/${BIN_TO_LIB}")
+
+set(PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/dlxcomn)
+install(EXPORT dlxcomn-targets NAMESPACE dlxcomn:: DESTINATION ${PACKAGE_DIR})
+configure_package_config_file(cmake/dlxcomnConfig.cmake.in ${CMAKE_BINARY_DIR}/dlxcomnConfig.cmake
+    INSTALL_DESTINATION ${PACKAGE_DIR})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/dlxcomnConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/dlxcomnConfig.cmake ${CMAKE_BINARY_DIR}/dlxcomnConfigVersion.cmake
+    DESTINATION ${PACKAGE_DIR})
+
+configure_file(cmake/dlxcomn.pc.in ${CMAKE_BINARY_DIR}/dlxcomn.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/dlxcomn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

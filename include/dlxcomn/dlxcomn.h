@@ -1,0 +1,21 @@
+/*
+ * dlxcomn.h - the whole public interface of libdlxcomn_r64. types.h tells the conventions of all headers.
+ */
+#ifndef DLXCOMN_DLXCOMN_H
+#define DLXCOMN_DLXCOMN_H
+
+#include <dlxcomn/charset.h>
+#include <dlxcomn/constant.h>
+#include <dlxcomn/context.h>
+#include <dlxcomn/conversions.h>
+#include <dlxcomn/convert.h>
+#include <dlxcomn/datetime.h>
+#include <dlxcomn/diag.h>
+#include <dlxcomn/locale.h>
+#include <dlxcomn/locator.h>
+#include <dlxcomn/money.h>
+#include <dlxcomn/null.h>
+#include <dlxcomn/numeric.h>
+#include <dlxcomn/types.h>
+
+#endif
