@@ -4,7 +4,8 @@
  * A CHAR_ATTRIB holds the tables of one character set. Once published it is read-only, and any thread may
  * read it. Walkers take a null CHAR_ATTRIB for iso_1. No walker reads a length: the second byte of a
  * character is read with no regard for where the text ends, so text that may end inside a character
- * needs a readable byte behind it.
+ * needs a readable byte behind it. The page numbers in the tables must be those of pages that the set has.
+ * A width of 0 in the width map is stepped over as one byte, so that every walk comes to its end.
  */
 #ifndef DLXCOMN_CHARSET_H
 #define DLXCOMN_CHARSET_H
@@ -185,7 +186,7 @@ DLXCOMN_API CS_BYTE comn_to_ascii(CS_ATTRIB *ca, CS_BYTE *p);
 
 /*
  * Write the other case of the character at srcp to destp, which needs room for a character. A character
- * without case is copied whole.
+ * without case is copied whole. destp may be srcp.
  */
 DLXCOMN_API void comn_toupper(CS_ATTRIB *ca, CS_BYTE *srcp, CS_BYTE *destp);
 DLXCOMN_API void comn_tolower(CS_ATTRIB *ca, CS_BYTE *srcp, CS_BYTE *destp);
@@ -197,20 +198,24 @@ DLXCOMN_API void comn_inc_char(CS_ATTRIB *ca, CS_BYTE **p);
 
 /*
  * Count the whole characters of startp to endp: *nchars of them in *wcbytes bytes. Of a character that endp
- * splits, *pc_part1 bytes lie before endp and *pc_part2 behind it; both are 0 when none is split.
+ * splits, *pc_part1 bytes lie before endp and *pc_part2 behind it; both are 0 when none is split. With endp
+ * not behind startp everything is 0.
  */
 DLXCOMN_API void comn_whole_char(CS_ATTRIB *ca, CS_BYTE *startp, CS_BYTE *endp, CS_INT *wcbytes, CS_INT *pc_part1,
                                  CS_INT *pc_part2, CS_INT *nchars);
 
 /*
  * Normalize src_len bytes: each character with an ASCII form becomes that byte, any other is copied whole,
- * also the last one if it passes src_len. *dest_len receives the bytes written; dest needs room for
- * src_len bytes and the rest of that last character.
+ * also the last one if it passes src_len. *dest_len receives the bytes written; src must be readable, and dest
+ * needs room, for src_len bytes and the rest of that last character. dest may be src.
  */
 DLXCOMN_API void comn_str_to_ascii(CS_CHAR *cp_src, CS_INT src_len, CS_CHAR *cp_dest, CS_INT *dest_len,
                                    CS_ATTRIB *chatr);
 
-/* The first byte equal to srch_char on a character boundary of a NUL-terminated text, or null. */
+/*
+ * The first byte equal to srch_char on a character boundary of a NUL-terminated text, or null. A NUL is never
+ * found, and one in the tail of a character does not end the text, which so must not end inside a character.
+ */
 DLXCOMN_API CS_BYTE *comn_mb_strchr(CS_ATTRIB *ca, CS_BYTE *buf, CS_BYTE srch_char);
 
 #ifdef __cplusplus
