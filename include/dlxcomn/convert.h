@@ -105,14 +105,14 @@ DLXCOMN_API CS_RETCODE comn_voidtovoid(CS_CONTEXT *context, CS_DATAFMT *srcfmt, 
  * CS_FORMAT_NULLTERM. Then CS_FORMAT_ZEROPAD fills up to M with zero bytes, CS_FORMAT_BLANKPAD with
  * blanks (the last one a NUL with CS_FORMAT_NULLTERM), and *destlen becomes M; both are CS_EFORMAT.
  * CS_FORMAT_NULLTERM alone adds a NUL that *destlen counts. A value that does not fit is CS_EOVERFLOW,
- * with a NUL at dest[M - 1] under CS_FORMAT_NULLTERM if M is at least 1. A negative len or M is a broken
- * contract.
+ * with a NUL at dest[M - 1] under CS_FORMAT_NULLTERM if M is at least 1; so is a terminator that the bytes
+ * already written leave no room for. A negative len, M or *destlen is a broken contract.
  */
 DLXCOMN_API CS_RETCODE comn__padchar(CS_INT len, CS_DATAFMT *destfmt, CS_VOID *dest, CS_INT *destlen);
 
 /*
- * The same for UTF-16 units: the NUL and each blank take two bytes, and *destlen is rounded down to an
- * even number before anything is added. Never writes past M: with a room below one unit
+ * The same for UTF-16 units: the NUL and each blank take two bytes, and what is added begins at *destlen
+ * rounded down to an even number. Never writes past M: with a room below one unit
  * CS_FORMAT_NULLTERM is CS_EOVERFLOW and nothing is written.
  */
 DLXCOMN_API CS_RETCODE comn__padunichar(CS_INT len, CS_DATAFMT *destfmt, CS_VOID *dest, CS_INT *destlen);

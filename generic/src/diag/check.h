@@ -40,6 +40,7 @@ struct SourceLine {
 #define COM_REQUIRE(condition, ...) COM_REQUIRE_AT(COM_HERE, condition, __VA_ARGS__)
 
 // Wraps a failure at the point where it is returned.
-#define COM_TRACE(status) com_errtrace((status), __FILE__, __LINE__)
+#define COM_TRACE_AT(where, status) com_errtrace((status), (where).file, (where).line)
+#define COM_TRACE(status) COM_TRACE_AT(COM_HERE, status)
 
 #endif
