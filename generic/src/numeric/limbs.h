@@ -24,28 +24,43 @@ constexpr int MAGNITUDE_BYTES = MAGNITUDE_LIMBS * LIMB_BYTES;
 constexpr int LIMB_DIGITS = 19;
 constexpr limb LIMB_POWER = 10'000'000'000'000'000'000u;
 
-struct Magnitude {
-    limb at[MAGNITUDE_LIMBS];
+template <int N>
+struct Limbs {
+    limb at[N];
 };
+using Magnitude = Limbs<MAGNITUDE_LIMBS>;
 
 inline limb load_big_endian(const CS_BYTE *bytes) { return __builtin_bswap64(load<limb>(bytes)); }
 inline void store_big_endian(CS_BYTE *bytes, limb value) { store(bytes, __builtin_bswap64(value)); }
 
-// The low `count` (1 to 8) bytes of a limb, big-endian, without touching a byte around them.
+// The low `count` (1 to 8) bytes of a limb, big-endian, without touching a byte around them: two accesses that
+// overlap cover every count from four on, three single bytes the rest.
 inline limb load_partial(const CS_BYTE *bytes, int count) {
-    limb value = 0;
-    for (int i = 0; i < count; ++i)
-        value = value << 8 | bytes[i];
-    return value;
+    if (count >= 4) {
+        const limb high = __builtin_bswap32(load<std::uint32_t>(bytes));
+        const limb low = __builtin_bswap32(load<std::uint32_t>(bytes + count - 4));
+        return high << (8 * (count - 4)) | low;
+    }
+    const int middle = count / 2;
+    return static_cast<limb>(bytes[0]) << (8 * (count - 1)) |
+           static_cast<limb>(bytes[middle]) << (8 * (count - 1 - middle)) | bytes[count - 1];
 }
 inline void store_partial(CS_BYTE *bytes, int count, limb value) {
-    for (int i = count - 1; i >= 0; --i, value >>= 8)
-        bytes[i] = static_cast<CS_BYTE>(value);
+    if (count >= 4) {
+        store(bytes, __builtin_bswap32(static_cast<std::uint32_t>(value >> (8 * (count - 4)))));
+        store(bytes + count - 4, __builtin_bswap32(static_cast<std::uint32_t>(value)));
+        return;
+    }
+    const int middle = count / 2;
+    bytes[0] = static_cast<CS_BYTE>(value >> (8 * (count - 1)));
+    bytes[middle] = static_cast<CS_BYTE>(value >> (8 * (count - 1 - middle)));
+    bytes[count - 1] = static_cast<CS_BYTE>(value);
 }
 
-// Reads `count` (0 to 32) big-endian bytes.
-inline Magnitude load_magnitude(const CS_BYTE *bytes, int count) {
-    Magnitude m = {};
+// Reads `count` (0 to 8 * N) big-endian bytes.
+template <int N>
+inline Limbs<N> load_limbs(const CS_BYTE *bytes, int count) {
+    Limbs<N> m = {};
     int i = 0;
     for (; count >= LIMB_BYTES; ++i, count -= LIMB_BYTES)
         m.at[i] = load_big_endian(bytes + count - LIMB_BYTES);
@@ -54,27 +69,38 @@ inline Magnitude load_magnitude(const CS_BYTE *bytes, int count) {
         m.at[i] = i != 0 ? load_big_endian(bytes) >> (8 * (LIMB_BYTES - count)) : load_partial(bytes, count);
     return m;
 }
+inline Magnitude load_magnitude(const CS_BYTE *bytes, int count) { return load_limbs<MAGNITUDE_LIMBS>(bytes, count); }
 
-// Bytes that a magnitude needs: 0 for zero.
-inline int significant_bytes(const Magnitude &m) {
-    for (int i = MAGNITUDE_LIMBS - 1; i >= 0; --i)
-        if (m.at[i] != 0)
-            return i * LIMB_BYTES + (71 - __builtin_clzll(m.at[i])) / 8;
+// Bytes that the number in `count` limbs needs: 0 for zero.
+inline int significant_bytes(const limb *limbs, int count) {
+    for (int i = count - 1; i >= 0; --i)
+        if (limbs[i] != 0)
+            return i * LIMB_BYTES + (71 - __builtin_clzll(limbs[i])) / 8;
     return 0;
 }
+template <int N>
+inline int significant_bytes(const Limbs<N> &m) { return significant_bytes(m.at, N); }
 
-// Writes the low `count` (0 to 32) bytes, big-endian. False when the dropped high bytes are not all zero.
-inline bool store_magnitude(const Magnitude &m, CS_BYTE *bytes, int count) {
+// Writes the low `count` (0 to 8 * N) bytes, big-endian. False when the dropped high bytes are not all zero.
+template <int N>
+inline bool store_limbs(const Limbs<N> &m, CS_BYTE *bytes, int count) {
     const int whole = count / LIMB_BYTES;
     const int rest = count % LIMB_BYTES;
-    for (int i = 0; i < whole; ++i)
-        store_big_endian(bytes + count - (i + 1) * LIMB_BYTES, m.at[i]);
     if (rest != 0)
         store_partial(bytes, rest, m.at[whole]);
+    for (int i = 0; i < whole; ++i)
+        store_big_endian(bytes + count - (i + 1) * LIMB_BYTES, m.at[i]);
     return significant_bytes(m) <= count;
 }
+inline bool store_magnitude(const Magnitude &m, CS_BYTE *bytes, int count) { return store_limbs(m, bytes, count); }
 
-inline bool is_zero(const Magnitude &m) { return (m.at[0] | m.at[1] | m.at[2] | m.at[3]) == 0; }
+template <int N>
+inline bool is_zero(const Limbs<N> &m) {
+    limb any = 0;
+    for (const limb word : m.at)
+        any |= word;
+    return any == 0;
+}
 
 // m * factor + addend, in place; the carry out of the top limb, so non-zero on overflow.
 inline limb multiply_add(Magnitude &m, limb factor, limb addend) {
