@@ -159,7 +159,8 @@ DLXCOMN_API void com__exctnume_ceilingfloor(__CONSTANT *op, __CONSTANT *result, 
  * losing digits, rounding at the first fraction digit lost; else that is NUME_TRUNCATED. A precision of 0
  * or above 77 is computed from the text, and *dest then moves forward to the *destlen bytes of the value;
  * a scale above 77 is taken from the text. *destlen 0 means 33. Text with an exponent must be
- * NUL-terminated. White space is allowed behind an exponent of two digits or more, and not behind one.
+ * NUL-terminated. White space is allowed behind an exponent of two digits or more, and not behind one. A failure
+ * clears the value or leaves one that is not to be read.
  */
 DLXCOMN_API int com__subchartoexctnume(char *cp, int len, CS_BYTE **dest, CS_INT *destlen, CS_BYTE *precision,
                                        CS_BYTE *scale, int flag);
@@ -168,9 +169,17 @@ DLXCOMN_API int com__subchartoexctnume(char *cp, int len, CS_BYTE **dest, CS_INT
  * first character, or -1 when it does not fit. 80 bytes hold any value.
  */
 DLXCOMN_API int com__subexctnumetochar(__CONSTANT *srcconst, char *dest, int destlen);
-/* A double, by its 17 significant digits. NaN and infinities are NUME_BADVALUE. */
+/*
+ * A double, by its 17 significant digits, rounded at the scale. Too small a value is zero. Too large a one is
+ * NUME_OVERFLOW, or NUME_BADVALUE where the point would have to move by more than 77 places; infinities and NaN
+ * are NUME_BADVALUE as well.
+ */
 DLXCOMN_API int com__doubletoexctnume(CS_FLOAT flt8val, CS_BYTE *dest, int destlen, CS_BYTE *precision,
                                       CS_BYTE *scale);
+/*
+ * To the nearest double. A record of no bytes stores nothing. A negative value of scale 77, whose text has more
+ * than 79 characters, is NUME_OVERFLOW with nothing stored.
+ */
 DLXCOMN_API int com__subexctnumetoflt8(__CONSTANT *numeval, CS_FLOAT *flt8);
 DLXCOMN_API int com__longtoexctnume(CS_INT longval, CS_BYTE *dest, int destlen, CS_BYTE *precision, CS_BYTE *scale);
 DLXCOMN_API int com__longlongtoexctnume(CS_BIGINT longval, CS_BYTE *dest, int destlen, CS_BYTE *precision,
@@ -179,7 +188,11 @@ DLXCOMN_API int com__ulongtoexctnume(CS_UINT longval, CS_BYTE *dest, int destlen
                                      CS_BYTE *scale);
 DLXCOMN_API int com__ulonglongtoexctnume(CS_UBIGINT longval, CS_BYTE *dest, int destlen, CS_BYTE *precision,
                                          CS_BYTE *scale);
-/* To 64-bit integers; fractions are cut. Out of range stores the bound: NUME_OVERFLOW or NUME_UNDERFLOW. */
+/*
+ * To 64-bit integers; fractions are cut. Out of range stores the bound: NUME_OVERFLOW or NUME_UNDERFLOW. Any
+ * negative value is below the unsigned range. A record of no bytes stores nothing; a negative value of scale 77
+ * is NUME_OVERFLOW.
+ */
 DLXCOMN_API int com__subexctnumetolonglong(__CONSTANT *numeval, CS_BIGINT *longval);
 DLXCOMN_API int com__subexctnumetoulonglong(__CONSTANT *numeval, CS_UBIGINT *longval);
 /* To CS_MONEY, rounded half away from zero at four places. Answers 1 on success and 0 on failure. */
