@@ -61,7 +61,10 @@ DLXCOMN_API int com__mnydiv(CS_MONEY *m1, CS_MONEY *m2, CS_MONEY *m3);
 DLXCOMN_API int com__mnyscale(CS_MONEY *mp, int mpier, int add);
 /* Divide the count by the low 16 bits of dvsr; answers the remainder of the magnitude. 0 does nothing. */
 DLXCOMN_API int com__mnydown(CS_MONEY *mp, int dvsr);
-/* mp becomes its magnitude without trim digits, rounded by the last of them; answers -1 for a negative input. */
+/*
+ * mp becomes its magnitude without trim digits, rounded by the last of them; answers -1 for a negative input. The
+ * smallest value without a trim has no magnitude in range, and stays.
+ */
 DLXCOMN_API int com__mnyinit(CS_MONEY *mp, int trim);
 /* Take off the last digit and store its character; answers 1 while more remain. */
 DLXCOMN_API int com__mnyndigit(CS_MONEY *mp, char *value);
@@ -116,8 +119,8 @@ DLXCOMN_API int com__mnytomny4(CS_MONEY *mp, CS_MONEY4 *m4p);
 
 /* ---- Integers ------------------------------------------------------------------------------
  * From integers: code 1 on overflow, which leaves the unscaled integer in a CS_MONEY (the largest one, for
- * an unsigned value above it) and a clamped one in a CS_MONEY4. To integers: whole units, rounded half away from zero; out of range is code 1
- * with the bound stored, but a negative value to an unsigned integer stores nothing.
+ * an unsigned value above it) and the bound in a CS_MONEY4. To integers: whole units, rounded half away from
+ * zero; out of range is code 1 with the bound stored, but a negative value to an unsigned integer stores nothing.
  */
 DLXCOMN_API int com__inttomny(CS_MONEY *mp, CS_INT *value);
 DLXCOMN_API int com__int8tomny(CS_MONEY *mp, CS_BIGINT *value);
@@ -138,7 +141,8 @@ DLXCOMN_API int com__mny4touint8(CS_MONEY4 *m4p, CS_UBIGINT *ip);
 
 /* ---- Floats --------------------------------------------------------------------------------
  * src and dest are the bytes of the values; style and the length of dest are ignored. From floats: rounded
- * half up at four places, and a null src or a srclen of 0 gives zero.
+ * half up at four places, and a null src or a srclen of 0 gives zero. A value out of range or a NaN is -1 with zero
+ * stored; to a CS_MONEY4 a value that a CS_MONEY would hold is -1 with the bound stored.
  */
 DLXCOMN_API int com__mnytoflt8(CS_BYTE *src, int srclen, CS_BYTE *dest, int destlen, int style);
 DLXCOMN_API int com__mnytoflt4(CS_BYTE *src, int srclen, CS_BYTE *dest, int destlen, int style);
@@ -154,8 +158,8 @@ DLXCOMN_API int com__flt4tomny4(CS_BYTE *src, int srclen, CS_BYTE *dest, int sty
 /*
  * Write the value at the end of the len bytes of cp, without a NUL; answers its first character, or null
  * when it does not fit. The low byte of style 1 asks for thousands separators; style >> 8 is the count of
- * decimals, 0 meaning 2, rounded half away from zero by the last dropped digit. A small negative value
- * keeps its sign: "-0.00".
+ * decimals, 0 (or less) meaning 2, rounded half away from zero by the last dropped digit. A small negative value
+ * keeps its sign: "-0.00". With separators the byte in front of "123.00" is blanked, if the len bytes have one.
  */
 DLXCOMN_API char *com__mnytochar(CS_MONEY *mp, char *cp, int len, int style);
 DLXCOMN_API char *com__mny4tochar(CS_MONEY4 *m4p, char *cp, int len, int style);
@@ -167,7 +171,8 @@ DLXCOMN_API char *com_precmnytochar(CS_MONEY *mp, char *cp, int len, int style, 
 /*
  * Read money text: blanks, one sign and one currency symbol in any order, digits with commas, one point,
  * white space. Five decimals count, the fifth for rounding; further ones are skipped. A null chatr means
- * iso_1. After a failure mp holds what was read so far. style is ignored.
+ * iso_1. After a failure mp holds what was read so far; m4p is then zero, or the bound that the value passes. style is
+ * ignored.
  */
 DLXCOMN_API int com__mnyfromchar_mb(CS_MONEY *mp, char *icp, int ilen, int style, CHAR_ATTRIB *chatr);
 DLXCOMN_API int com__mny4fromchar_mb(CS_MONEY4 *m4p, char *icp, int ilen, int style, CS_ATTRIB *chatr);
@@ -176,7 +181,8 @@ DLXCOMN_API int com__mny4fromchar_mb(CS_MONEY4 *m4p, char *icp, int ilen, int st
 
 /*
  * Divide the 64 bits of num by mnylow of den (its low 16 bits in comn__mny16div), as unsigned base-65536
- * digits in the first and signed ones in the second. No status.
+ * digits in the first and signed ones in the second, which the first calls for an mnylow below 65536. So the result
+ * there is the unsigned quotient only if no 16 bits of num begin with a set bit. A zero divisor gives zero. No status.
  */
 DLXCOMN_API void comn_mnyxdiv(CS_MONEY *num, CS_MONEY *den, CS_MONEY *res);
 DLXCOMN_API void comn__mny16div(CS_MONEY *num, CS_MONEY *den, CS_MONEY *res);
