@@ -1,0 +1,23 @@
+// Conversions from CS_UINT.
+#include "support/integer_source_tests.h"
+
+namespace {
+
+using namespace support;
+
+// Destination, range, status below and above it.
+const std::vector<RangeRow> rows = {
+    {"i1", 0, 255, CANNOT_HAPPEN, CS_EOVERFLOW},          {"i2", I2_LOW, I2_HIGH, CANNOT_HAPPEN, CS_EOVERFLOW},
+    {"i4", I4_LOW, I4_HIGH, CANNOT_HAPPEN, CS_EOVERFLOW}, {"i8", I8_LOW, I8_HIGH, CANNOT_HAPPEN, CANNOT_HAPPEN},
+    {"ui2", 0, UI2_HIGH, CANNOT_HAPPEN, CS_EOVERFLOW},    {"ui4", 0, UI4_HIGH, CANNOT_HAPPEN, CANNOT_HAPPEN},
+    {"ui8", 0, UI8_HIGH, CANNOT_HAPPEN, CANNOT_HAPPEN},
+};
+
+INTEGER_SOURCE_TESTS(ComUi4, IntegerSource<CS_UINT>, "ui4", rows, false, CS_UINT, uint)
+NUMBER_FRAME_TESTS(ComUi4, "ui4", "com_ui4")
+
+TEST_F(ComUi4, LargestIsNoNegativeText) {
+    EXPECT_EQ(run(member("char"), 4294967295u, format_of(CS_CHAR_TYPE, 10)).text(), "4294967295");
+}
+
+} // namespace

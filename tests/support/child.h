@@ -1,0 +1,65 @@
+// What a piece of code does to a process of its own: how the process ends and what it wrote.
+#ifndef TESTS_SUPPORT_CHILD_H
+#define TESTS_SUPPORT_CHILD_H
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace support {
+
+// The whole content of an open file.
+inline std::string content_of(int file) {
+    std::string text;
+    char buffer[4096];
+    off_t offset = 0;
+    for (ssize_t got; (got = pread(file, buffer, sizeof buffer, offset)) > 0; offset += got)
+        text.append(buffer, static_cast<size_t>(got));
+    return text;
+}
+
+struct Ending {
+    int status = 0; // as waitpid tells it
+    std::string out;
+    std::string err;
+    std::string notes; // what the code wrote to its `notes` descriptor
+
+    bool exited(int code) const { return WIFEXITED(status) && WEXITSTATUS(status) == code; }
+    bool killed(int signal) const { return WIFSIGNALED(status) && WTERMSIG(status) == signal; }
+};
+
+// Runs `code` in a child process. `code` is given a descriptor that outlives standard error, for notes. When
+// it comes back the child leaves at once, without flushing anything.
+template <class Code>
+Ending in_child(Code code) {
+    std::fflush(nullptr);
+    FILE *files[3] = {std::tmpfile(), std::tmpfile(), std::tmpfile()};
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(fileno(files[0]), STDOUT_FILENO);
+        dup2(fileno(files[1]), STDERR_FILENO);
+        code(fileno(files[2]));
+        _exit(0);
+    }
+    Ending ending;
+    waitpid(child, &ending.status, 0);
+    ending.out = content_of(fileno(files[0]));
+    ending.err = content_of(fileno(files[1]));
+    ending.notes = content_of(fileno(files[2]));
+    for (FILE *file : files)
+        std::fclose(file);
+    return ending;
+}
+
+// A note from code that may run in a signal handler or after standard error is gone.
+inline void note(int notes, const std::string &text) {
+    if (write(notes, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+        _exit(99);
+}
+
+} // namespace support
+
+#endif
