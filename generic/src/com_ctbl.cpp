@@ -2,6 +2,8 @@
 //
 // A cell holds comn_<word of the row>to<word of the column> where the row's filled columns include it. What
 // differs from that rule stands in `exceptions`. A cell whose family is not in the library is null.
+#include "diag/check.h"
+
 #include <dlxcomn/dlxcomn.h>
 
 #include <array>
@@ -231,6 +233,8 @@ constinit const CS_CONV_FUNC Com__cnvrt_array[CS_CONV_DIM * CS_CONV_DIM] = {
 };
 
 void com__get_ctbl(CS_CONV_FUNC **cvt_array, int *cvt_dim) {
+    COM_REQUIRE_PTR(cvt_array);
+    COM_REQUIRE_PTR(cvt_dim);
     *cvt_array = const_cast<CS_CONV_FUNC *>(Com__cnvrt_array);
     *cvt_dim = CS_CONV_DIM;
 }

@@ -33,7 +33,7 @@ DLXCOMN_API void com_bomb(const char *file, int line);
 DLXCOMN_API void com__abort(void);
 DLXCOMN_API void com_toggle_abort(int n);
 
-/* Report an unrecoverable error on standard error and exit with status -1. Does not return. */
+/* Report an unrecoverable error on standard error and exit with status -1. Does not return, in either mode. */
 DLXCOMN_API void com_panic(const char *msg);
 
 /* ---- Trace of status codes ----------------------------------------------------------------- */
@@ -94,9 +94,9 @@ DLXCOMN_API int comn_debug_print(const char *fmtstr, ...) __attribute__((format(
 
 /*
  * The same for a caller that holds an argument list: ap is the address of its va_list, which is moved
- * on. Knows only the conversions c, d, x, X (32 bits), ld, lx, l (64 bits), s and %%; flags, width and
- * precision of one of them may take 78 bytes. Anything else prints a line that says so and takes no
- * argument. Always CS_SUCCEED.
+ * on. Knows only the conversions c, d, x, X (32 bits), ld, lx (64 bits), l (takes 64 bits and prints
+ * nothing), s and %%; one of them with its flags, width and precision may take 78 bytes behind the "%". Anything else, up to and including the next of
+ * these letters, prints a line that says so and takes no argument. Always CS_SUCCEED.
  */
 DLXCOMN_API CS_RETCODE comn_debug_vprint(const CS_CHAR *fmtstr, CS_VOID *ap);
 

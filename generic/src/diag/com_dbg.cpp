@@ -101,7 +101,8 @@ private:
 // Prints the next argument by one gathered specifier; `format` stands behind its last character and is moved
 // over the letter that may follow an "l".
 void print_specifier(FILE *out, Specifier &specifier, char last, const char *&format, std::va_list *arguments) {
-    if (last == 'l' && (*format == 'd' || *format == 'x')) {
+    const bool whole = last != 'l' || *format == 'd' || *format == 'x';
+    if (last == 'l' && whole) {
         specifier.take(*format);
         ++format;
     }
@@ -116,9 +117,12 @@ void print_specifier(FILE *out, Specifier &specifier, char last, const char *&fo
     case 'c':
         std::fprintf(out, specifier.text(), static_cast<signed char>(va_arg(*arguments, int)));
         break;
-    case 'l':
-        std::fprintf(out, specifier.text(), va_arg(*arguments, CS_BIGINT));
+    case 'l': {
+        const CS_BIGINT value = va_arg(*arguments, CS_BIGINT);
+        if (whole) // a length without a conversion prints nothing, and only some C libraries survive it
+            std::fprintf(out, specifier.text(), value);
         break;
+    }
     case 's': {
         const char *text = va_arg(*arguments, const char *);
         std::fprintf(out, specifier.text(), text != nullptr ? text : "(null)");
@@ -156,7 +160,11 @@ void com__abort() {
 void com_toggle_abort(int n) { full_abort = n; }
 
 void com_panic(const char *msg) {
-    COM_REQUIRE_PTR(msg);
+    if (msg == nullptr) {
+        // Callers count on not coming back: where the report returns, the process still ends.
+        com_raise_invalid_null_pointer(__FILE__, __LINE__);
+        msg = "(null)";
+    }
     std::fprintf(stderr, "\nINTERNAL ERROR: unrecoverable error: %s\n", msg);
     std::fflush(stderr);
     std::exit(-1);
@@ -172,6 +180,7 @@ CS_RETCODE com_errtrace(CS_RETCODE error, const char *file, int line) {
         return error;
     if (Com_trace_enable != COM_TRACE_ALL && is_everyday(error))
         return error;
+    COM_REQUIRE_PTR(file, error);
 
     const char *slash = std::strrchr(file, '/');
     const char *name = slash != nullptr ? slash + 1 : file;
@@ -189,7 +198,10 @@ CS_RETCODE com_errtrace(CS_RETCODE error, const char *file, int line) {
     return error;
 }
 
-void com__get_stack_depth(int *depth) { *depth = 0; }
+void com__get_stack_depth(int *depth) {
+    COM_REQUIRE_PTR(depth);
+    *depth = 0;
+}
 
 void com_copstr(char *dest, const char *src, int size) {
     COM_REQUIRE_PTR(dest);
@@ -221,6 +233,7 @@ CS_RETCODE comn_debug_setfile(CS_CONTEXT * /*context*/, CS_CHAR *filename, CS_IN
 }
 
 int comn_debug_print(const char *fmtstr, ...) {
+    COM_REQUIRE_PTR(fmtstr, CS_SUCCEED);
     std::va_list arguments;
     va_start(arguments, fmtstr);
     std::vfprintf(debug_output(), fmtstr, arguments);

@@ -168,8 +168,9 @@ CS_RETCODE com__conv_usr_install(CS_CONTEXT *context, CS_INT srctype, CS_INT des
 
 CS_RETCODE comn_voidtoany(CS_CONTEXT *context, CS_DATAFMT * /*srcfmt*/, CS_VOID * /*src*/, CS_DATAFMT *destfmt,
                           CS_VOID *dest, CS_INT *destlen) {
-    COM_REQUIRE_PTR(destfmt, CS_FAIL);
-    return com_null_get(context, destfmt, dest, comn_typelen(destfmt->datatype, destfmt->maxlength), destlen);
+    // com_null_get tests the arguments, a null destfmt too.
+    const CS_INT room = destfmt != nullptr ? comn_typelen(destfmt->datatype, destfmt->maxlength) : 0;
+    return com_null_get(context, destfmt, dest, room, destlen);
 }
 
 CS_RETCODE comn_voidtovoid(CS_CONTEXT * /*context*/, CS_DATAFMT * /*srcfmt*/, CS_VOID * /*src*/,

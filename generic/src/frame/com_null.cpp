@@ -36,17 +36,13 @@ CS_VOID *copy_bytes(const CS_VOID *bytes, CS_INT size) {
     return copy;
 }
 
-// Replaces a value. A size of 0 leaves none.
+// Replaces a value, also by (a part of) itself. A size of 0 leaves none, and so does a want of memory.
 CS_RETCODE replace_value(CS_VOID *&entity, CS_INT &size, const CS_VOID *bytes, CS_INT newsize) {
+    CS_VOID *copy = newsize > 0 ? copy_bytes(bytes, newsize) : nullptr;
     std::free(entity);
-    entity = nullptr;
-    size = newsize;
-    if (newsize > 0) {
-        entity = copy_bytes(bytes, newsize);
-        if (entity == nullptr)
-            return COM_TRACE(CS_MEM_ERROR);
-    }
-    return CS_SUCCEED;
+    entity = copy;
+    size = copy != nullptr ? newsize : 0;
+    return copy != nullptr || newsize == 0 ? CS_SUCCEED : COM_TRACE(CS_MEM_ERROR);
 }
 
 CsUsrNull *find_user_null(CS_CONTEXT *context, CS_INT type) {
@@ -105,6 +101,12 @@ CS_RETCODE get_user_null(CS_CONTEXT *context, CS_INT type, CS_BYTE *dest, CS_INT
     dest[size] = '\0';
     *outlen = size + 1;
     return CS_SUCCEED;
+}
+
+// Writes one byte of a record if the room reaches that far.
+void put_within(CS_BYTE *record, CS_INT room, std::size_t offset, CS_INT value) {
+    if (room > static_cast<CS_INT>(offset))
+        record[offset] = static_cast<CS_BYTE>(value);
 }
 
 CS_INT default_size(const CsDefVal &value, const CS_DATAFMT &format) {
@@ -208,8 +210,14 @@ CS_RETCODE com_null_get(CS_CONTEXT *context, CS_DATAFMT *destfmt, CS_VOID *dest,
     const CsDefVal &value = context->ctxnulls.nullvals[type];
     COM_REQUIRE_PTR(value.dventity, CS_FAIL);
 
+    // What is padded needs a room that padding can work with, told before anything is written.
+    COM_REQUIRE(value.dvpadtype == CS_NULLPAD_NONE || destfmt->maxlength >= 0, CS_FAIL);
+
+    auto *bytes = static_cast<CS_BYTE *>(dest);
     *outlen = std::max(std::min(default_size(value, *destfmt), destlen), 0);
-    std::memcpy(dest, value.dventity, static_cast<std::size_t>(std::min(*outlen, value.dvsize)));
+    const CS_INT held = std::min(*outlen, value.dvsize);
+    std::memcpy(bytes, value.dventity, static_cast<std::size_t>(held));
+    std::memset(bytes + held, 0, static_cast<std::size_t>(*outlen - held)); // digits of a numeric set with fewer
     switch (value.dvpadtype) {
     case CS_NULLPAD_CHAR:
         return comn__padchar(*outlen, destfmt, dest, outlen);
@@ -220,10 +228,9 @@ CS_RETCODE com_null_get(CS_CONTEXT *context, CS_DATAFMT *destfmt, CS_VOID *dest,
     default:
         break;
     }
-    if (dlx::Num::serves(type) && *outlen >= CS_INT(offsetof(CS_NUMERIC, array))) {
-        auto *numeric = static_cast<CS_BYTE *>(dest);
-        numeric[offsetof(CS_NUMERIC, precision)] = static_cast<CS_BYTE>(destfmt->precision);
-        numeric[offsetof(CS_NUMERIC, scale)] = static_cast<CS_BYTE>(destfmt->scale);
+    if (dlx::Num::serves(type)) {
+        put_within(bytes, destlen, offsetof(CS_NUMERIC, precision), destfmt->precision);
+        put_within(bytes, destlen, offsetof(CS_NUMERIC, scale), destfmt->scale);
     }
     return CS_SUCCEED;
 }
