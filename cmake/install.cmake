@@ -16,5 +16,10 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/dlxcomnConfigVersion.cmake 
 install(FILES ${CMAKE_BINARY_DIR}/dlxcomnConfig.cmake ${CMAKE_BINARY_DIR}/dlxcomnConfigVersion.cmake
     DESTINATION ${PACKAGE_DIR})
 
+# Paths in the .pc file start from where it lies, so that an installed tree may be moved. How deep it lies
+# depends on the library directory: lib, or lib/x86_64-linux-gnu.
+set(PKGCONFIG_DIR ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH PKGCONFIG_TO_PREFIX ${PKGCONFIG_DIR} ${CMAKE_INSTALL_PREFIX})
+file(RELATIVE_PATH PKGCONFIG_TO_INCLUDE ${PKGCONFIG_DIR} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 configure_file(cmake/dlxcomn.pc.in ${CMAKE_BINARY_DIR}/dlxcomn.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/dlxcomn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
