@@ -1,6 +1,4 @@
-#include "owner.h"
+// The command dlxcomn: values of every datatype through the conversion matrix.
+#include "command.h"
 
-int main() {
-    client::Owner owner;
-    return owner.context() != nullptr ? 0 : 1;
-}
+int main(int argc, char **argv) { return client::run_command(client::Arguments(argv + (argc > 0), argv + argc)); }
