@@ -1,0 +1,18 @@
+// The benchmarks of all rows in one program, so that one run measures every contender on the same machine state.
+#include "contest.h"
+
+int main(int argc, char **argv) {
+    benchmark::AddCustomContext("compiler", BENCH_COMPILER);
+    bench::enter_text_rows();
+    bench::enter_numeric_text_rows();
+    bench::enter_numeric_rows();
+    bench::enter_money_rows();
+    bench::enter_dispatch_rows();
+
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 2;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
