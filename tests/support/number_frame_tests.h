@@ -129,6 +129,29 @@ protected:
         }
     }
 
+    // A caller may convert a value where it stands.
+    void result_may_replace_the_source(const std::string &source, bool (*is_wanted)(const NumberMember &)) {
+        for (const NumberMember &member : members_from(source)) {
+            if (!is_wanted(member))
+                continue;
+            Arguments apart = arguments(member);
+            EXPECT_EQ(apart.call(member), CS_SUCCEED) << member;
+            Arguments together = arguments(member);
+            CS_BYTE *bytes = together.outcome.bytes.data();
+            std::memcpy(bytes, together.src, static_cast<size_t>(member.source_width));
+            EXPECT_EQ(member.function(together.context, &together.srcfmt, bytes, &together.outcome.destfmt, bytes,
+                                      &together.outcome.destlen),
+                      CS_SUCCEED)
+                << member;
+            EXPECT_EQ(together.outcome.destlen, apart.outcome.destlen) << member;
+            for (size_t i = 0; i < apart.outcome.bytes.size(); ++i) {
+                if (apart.outcome.bytes[i] != UNTOUCHED) {
+                    EXPECT_EQ(together.outcome.bytes[i], apart.outcome.bytes[i]) << member << " at byte " << i;
+                }
+            }
+        }
+    }
+
     static bool is_numeric(const NumberMember &member) { return member.is_to("num"); }
     static bool is_money(const NumberMember &member) { return member.is_to("money") || member.is_to("mny4"); }
     static bool is_plain(const NumberMember &member) { return !is_numeric(member) && !is_money(member); }
@@ -179,12 +202,15 @@ protected:
     }                                                                                                                  \
     TEST_F(Suite##Frames, RoomDoesNotCountForFixedWidths) { room_does_not_count_for_fixed_widths(word, is_plain); }    \
     TEST_F(Suite##Frames, EveryIdAndAddressGivesTheSame) { every_id_and_address_gives_the_same(word, is_plain); }      \
+    TEST_F(Suite##Frames, ResultMayReplaceTheSource) { result_may_replace_the_source(word, is_plain); }                \
     TEST_F(Suite##Frames, EveryIdAndAddressGivesTheSameNumeric) {                                                      \
         every_id_and_address_gives_the_same(word, is_numeric);                                                         \
+        result_may_replace_the_source(word, is_numeric);                                                               \
         room_does_not_count_for_fixed_widths(word, is_numeric);                                                        \
     }                                                                                                                  \
     TEST_F(Suite##Frames, EveryIdAndAddressGivesTheSameMoney) {                                                        \
         every_id_and_address_gives_the_same(word, is_money);                                                           \
+        result_may_replace_the_source(word, is_money);                                                                 \
         room_does_not_count_for_fixed_widths(word, is_money);                                                          \
     }                                                                                                                  \
     class Suite##FramesDeathTest : public support::NumberFramesDeath {};                                               \

@@ -17,7 +17,7 @@ CS_RETCODE comn_fixedtobin(CS_CONTEXT *context, CS_DATAFMT *srcfmt, CS_VOID *src
 
     const CS_INT room = destfmt->maxlength;
     *destlen = room < width ? room : width;
-    std::memcpy(dest, src, static_cast<std::size_t>(*destlen));
+    std::memmove(dest, src, static_cast<std::size_t>(*destlen));
     if (room < width) // the bytes at the lowest addresses are kept: of an integer the low-order ones
         return COM_TRACE(CS_ETRUNCATED);
     return comn__padbin(width, destfmt, dest, destlen);
@@ -33,8 +33,9 @@ CS_RETCODE comn_fixedtovarbin(CS_CONTEXT *context, CS_DATAFMT *srcfmt, CS_VOID *
     constexpr CS_INT CAPACITY = sizeof(CS_VARBINARY::array);
     const CS_INT count = width < 0 || width >= CAPACITY ? CAPACITY : width;
     auto *record = static_cast<CS_BYTE *>(dest);
+    // The bytes first: the value may stand where the record goes.
+    std::memmove(record + offsetof(CS_VARBINARY, array), src, static_cast<std::size_t>(count));
     store(record + offsetof(CS_VARBINARY, len), static_cast<CS_SMALLINT>(count));
-    std::memcpy(record + offsetof(CS_VARBINARY, array), src, static_cast<std::size_t>(count));
     *destlen = sizeof(CS_VARBINARY);
     return count < width ? COM_TRACE(CS_EOVERFLOW) : CS_SUCCEED;
 }

@@ -19,12 +19,12 @@ CS_RETCODE bit_to_byte(const Conversion &call, CS_BYTE (*shown)(CS_BIT), Pad pad
         return CS_FAIL;
     const CS_BIT value = call.source<Bit>();
     if (!is_value<Bit>(value))
-        return failed(call, CS_EDOMAIN);
+        return failed(call.member, CS_EDOMAIN);
     *call.destlen = 1;
     if (call.destfmt->maxlength > 0)
         store(call.dest, shown(value));
     const CS_RETCODE status = pad(1, call.destfmt, call.dest, call.destlen);
-    return status == CS_SUCCEED ? status : failed(call, status);
+    return status == CS_SUCCEED ? status : failed(call.member, status);
 }
 
 // To a variable-length record, a character in both: comn_bittovarbin stores "0" or "1" where comn_bittobin stores the
@@ -37,7 +37,7 @@ CS_RETCODE bit_to_record(const Conversion &call) {
         return CS_FAIL;
     const CS_BIT value = call.source<Bit>();
     if (!is_value<Bit>(value))
-        return failed(call, CS_EDOMAIN);
+        return failed(call.member, CS_EDOMAIN);
     *varchar_text(call) = static_cast<char>(digit_of(value));
     set_varchar_length(call, 1);
     return CS_SUCCEED;

@@ -44,7 +44,7 @@ CS_RETCODE by_double(const Conversion &call, Convert convert) {
         CS_FLOAT wide = 0;
         const int code = com__subexctnumetoflt8(&record, &wide);
         if (code == NUME_OVERFLOW)
-            return failed(call, CS_EOVERFLOW);
+            return failed(call.member, CS_EOVERFLOW);
         COM_REQUIRE_AT(call.member, code == NUME_OK, CS_RETCODE(CS_FAIL));
         return convert(wide);
     });
@@ -102,7 +102,7 @@ CS_RETCODE numeric_to_money(const Conversion &call) {
         CS_MONEY money;
         const bool fits = read_money(value, money);
         call.put<Money>(money);
-        return fits ? CS_RETCODE(CS_SUCCEED) : failed(call, CS_EOVERFLOW);
+        return fits ? CS_RETCODE(CS_SUCCEED) : failed(call.member, CS_EOVERFLOW);
     });
 }
 
@@ -114,7 +114,7 @@ CS_RETCODE numeric_to_mny4(const Conversion &call) {
         const bool fits = read_money(value, money);
         const bool fits_narrow = com__mnytomny4(&money, &narrow_money) == width_of<Mny4>;
         call.put<Mny4>(narrow_money);
-        return fits && fits_narrow ? CS_RETCODE(CS_SUCCEED) : failed(call, CS_EOVERFLOW);
+        return fits && fits_narrow ? CS_RETCODE(CS_SUCCEED) : failed(call.member, CS_EOVERFLOW);
     });
 }
 
@@ -124,22 +124,22 @@ CS_RETCODE numeric_to_num(const Conversion &call) {
         return CS_FAIL;
     const auto value = call.source<Num>();
     if (!is_value<Num>(value))
-        return failed(call, CS_EDOMAIN);
+        return failed(call.member, CS_EDOMAIN);
 
     const CS_DATAFMT &format = *call.destfmt;
     const CS_INT precision = format.precision == CS_VALUE_FROM_SOURCE ? value.precision : format.precision;
     const CS_INT scale = format.scale == CS_VALUE_FROM_SOURCE ? value.scale : format.scale;
     if (!is_precision(precision))
-        return failed(call, CS_EPRECISION);
+        return failed(call.member, CS_EPRECISION);
     if (scale > CS_MAX_SCALE)
-        return failed(call, CS_ESCALE);
+        return failed(call.member, CS_ESCALE);
     // A negative scale goes into the record by its low byte; where that is no scale either, the caller's code is wrong.
     const auto scale_byte = static_cast<CS_BYTE>(scale);
     COM_REQUIRE_AT(call.member, scale_byte <= CS_MAX_SCALE, CS_FAIL);
 
     *call.destlen = static_cast<CS_INT>(offsetof(CS_NUMERIC, array)) + Com__Nume_Prec_To_Len[precision];
     const CS_RETCODE status = numeric_to_numeric(value, *static_cast<CS_NUMERIC *>(call.dest), precision, scale_byte);
-    return status == CS_SUCCEED ? status : failed(call, status);
+    return status == CS_SUCCEED ? status : failed(call.member, status);
 }
 
 // The text of a numeric, at the end of its room.
@@ -161,13 +161,13 @@ CS_RETCODE numeric_to_char(const Conversion &call) {
         return CS_FAIL;
     const auto value = call.source<Num>();
     if (!is_value<Num>(value))
-        return failed(call, CS_EDOMAIN);
+        return failed(call.member, CS_EDOMAIN);
     const NumericText text(value);
     COM_REQUIRE_AT(call.member, text.start >= 0, CS_EOVERFLOW);
     *call.destlen = std::min(call.destfmt->maxlength, text.length());
     std::memcpy(call.dest, text.data(), static_cast<std::size_t>(*call.destlen));
     const CS_RETCODE status = comn__padchar(text.length(), call.destfmt, call.dest, call.destlen);
-    return status == CS_SUCCEED ? status : failed(call, status);
+    return status == CS_SUCCEED ? status : failed(call.member, status);
 }
 
 // No NUL is put behind the text.
@@ -176,7 +176,7 @@ CS_RETCODE numeric_to_varchar(const Conversion &call) {
         return CS_FAIL;
     const auto value = call.source<Num>();
     if (!is_value<Num>(value))
-        return failed(call, CS_EDOMAIN);
+        return failed(call.member, CS_EDOMAIN);
     const NumericText text(value);
     COM_REQUIRE_AT(call.member, text.start >= 0, CS_EOVERFLOW);
     static_assert(NUMERIC_TEXT_ROOM <= sizeof(CS_VARCHAR::str), "the text of a numeric is never cut");

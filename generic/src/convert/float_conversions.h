@@ -52,7 +52,7 @@ template <class Source>
 inline CS_RETCODE float_to_num(const Conversion &call) {
     return to_numeric<Source, false>(call, [&call](CS_FLOAT value, const NumericTarget &target) {
         if (value != value)
-            return failed(call, CS_EDOMAIN);
+            return failed(call.member, CS_EDOMAIN);
         const int code = target.fill(com__doubletoexctnume, value);
         COM_REQUIRE_AT(call.member, code == NUME_OK || code == NUME_OVERFLOW || code == NUME_BADVALUE,
                        CS_RETCODE(CS_FAIL));
@@ -65,9 +65,9 @@ constexpr int MONEY_FAILURE = -1;
 
 template <class Source, class Destination, class Convert>
 inline CS_RETCODE float_to_money_by(const Conversion &call, Convert convert) {
-    return to_fixed<Source, Destination>(call, [&call, convert](auto) {
-        const int width = convert(static_cast<CS_BYTE *>(call.src), static_cast<CS_BYTE *>(call.dest));
-        return width == MONEY_FAILURE ? failed(call, CS_EOVERFLOW) : CS_RETCODE(CS_SUCCEED);
+    return to_fixed<Source, Destination>(call, [&call, convert](auto value) {
+        const int width = convert(reinterpret_cast<CS_BYTE *>(&value), static_cast<CS_BYTE *>(call.dest));
+        return width == MONEY_FAILURE ? failed(call.member, CS_EOVERFLOW) : CS_RETCODE(CS_SUCCEED);
     });
 }
 

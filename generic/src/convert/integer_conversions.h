@@ -88,7 +88,7 @@ inline CS_RETCODE integer_to_money_by(const Conversion &call, Entry entry) {
         WidenedSource<Source> value = source;
         const int code = entry(&money, &value);
         call.put<Destination>(money);
-        return code == NUME_OVERFLOW ? failed(call, CS_EOVERFLOW) : CS_SUCCEED;
+        return code == NUME_OVERFLOW ? failed(call.member, CS_EOVERFLOW) : CS_SUCCEED;
     });
 }
 

@@ -12,15 +12,15 @@
 namespace dlx {
 
 // Returns a failure through the trace, which then shows the member.
-inline CS_RETCODE failed(const Conversion &call, CS_RETCODE status) {
-    return com_errtrace(status, call.member.file, call.member.line);
+inline CS_RETCODE failed(SourceLine member, CS_RETCODE status) {
+    return com_errtrace(status, member.file, member.line);
 }
 
 // A core code of the range rules as the status of a call.
 inline CS_RETCODE range_status(const Conversion &call, int code) {
     if (code == NUME_OK) [[likely]]
         return CS_SUCCEED;
-    return failed(call, code == NUME_UNDERFLOW ? CS_EUNDERFLOW : CS_EOVERFLOW);
+    return failed(call.member, code == NUME_UNDERFLOW ? CS_EUNDERFLOW : CS_EOVERFLOW);
 }
 
 // Only a bit has bytes that are no value of its type. Its members look at the byte before they write anything.
@@ -41,7 +41,7 @@ inline CS_RETCODE to_fixed(const Conversion &call, Convert convert) {
         return CS_FAIL;
     const auto value = call.source<Source>();
     if (!is_value<Source>(value))
-        return failed(call, CS_EDOMAIN);
+        return failed(call.member, CS_EDOMAIN);
     *call.destlen = width_of<Destination>;
     return convert(value);
 }
@@ -67,19 +67,16 @@ struct TextTarget {
     CS_INT *destlen;
 };
 
-// Finishes text that has been written and fits. Only the bits of padding have an effect on it.
-inline CS_RETCODE pad_number(const TextTarget &target, CS_INT length, SourceLine member) {
+// The rare ways to finish text, kept out of line so that the everyday one needs no memory for its arguments.
+[[gnu::cold, gnu::noinline]] inline CS_RETCODE pad_field(TextTarget target, CS_INT length, SourceLine member) {
     *target.destlen = length;
-    constexpr CS_INT PADDING = CS_FORMAT_NULLTERM | CS_FORMAT_ZEROPAD | CS_FORMAT_BLANKPAD;
-    if ((target.format->format & PADDING) == 0) [[likely]]
-        return CS_SUCCEED;
     const CS_RETCODE status = comn__padchar(length, target.format, target.dest, target.destlen);
-    return status == CS_SUCCEED ? status : com_errtrace(status, member.file, member.line);
+    return status == CS_SUCCEED ? status : failed(member, status);
 }
 
 // A number is never cut: where its text does not fit, one asterisk stands for it, as in an overflowed field of a
 // report. In a room of one byte or none not even that is written.
-inline CS_RETCODE put_asterisk(const TextTarget &target, CS_INT length, SourceLine member) {
+[[gnu::cold, gnu::noinline]] inline CS_RETCODE put_asterisk(TextTarget target, CS_INT length, SourceLine member) {
     const CS_INT room = target.format->maxlength;
     *target.destlen = room < length ? room : length;
     if (room > 1) {
@@ -87,7 +84,18 @@ inline CS_RETCODE put_asterisk(const TextTarget &target, CS_INT length, SourceLi
         *target.destlen = 1;
         static_cast<void>(comn__padchar(1, target.format, target.dest, target.destlen));
     }
-    return com_errtrace(CS_EOVERFLOW, member.file, member.line);
+    return failed(member, CS_EOVERFLOW);
+}
+
+// Finishes text that has been written and fits: fields are padded, a NUL alone is put behind it and counted.
+inline CS_RETCODE pad_number(const TextTarget &target, CS_INT length, SourceLine member) {
+    const CS_INT format = target.format->format;
+    if ((format & (CS_FORMAT_ZEROPAD | CS_FORMAT_BLANKPAD)) != 0) [[unlikely]]
+        return pad_field(target, length, member);
+    if ((format & CS_FORMAT_NULLTERM) != 0)
+        target.dest[length++] = '\0';
+    *target.destlen = length;
+    return CS_SUCCEED;
 }
 
 inline CS_RETCODE put_text(const TextTarget &target, const char *text, CS_INT length, SourceLine member) {
@@ -136,7 +144,7 @@ inline CS_RETCODE to_numeric(const Conversion &call, Convert convert) {
         return CS_FAIL;
     const auto value = call.source<Source>();
     if (!is_value<Source>(value))
-        return failed(call, CS_EDOMAIN);
+        return failed(call.member, CS_EDOMAIN);
 
     CS_DATAFMT &format = *call.destfmt;
     const bool any_precision = TAKES_FROM_SOURCE && format.precision == CS_VALUE_FROM_SOURCE;
@@ -154,9 +162,9 @@ inline CS_RETCODE to_numeric(const Conversion &call, Convert convert) {
     if (any_scale)
         format.scale = scale;
     if (bad_precision)
-        return failed(call, CS_EPRECISION);
+        return failed(call.member, CS_EPRECISION);
     if (bad_scale)
-        return failed(call, CS_ESCALE);
+        return failed(call.member, CS_ESCALE);
     return convert(value, NumericTarget{static_cast<CS_NUMERIC *>(call.dest), static_cast<CS_BYTE>(precision),
                                         static_cast<CS_BYTE>(scale),
                                         any_precision ? CHOSEN_ARRAY_LENGTH : comn_num_getlen(precision)});

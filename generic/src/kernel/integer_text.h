@@ -63,10 +63,23 @@ inline char *write_leading(std::uint32_t value, char *out) {
     return out + second + 1;
 }
 
+// The same where further digits follow: a single one leaves a byte behind it that they go over.
+constexpr std::array<std::uint16_t, 100> leading_pairs = [] {
+    std::array<std::uint16_t, 100> result = digit_pairs;
+    for (unsigned n = 0; n < 10; ++n)
+        result[n] = static_cast<std::uint16_t>('0' + n);
+    return result;
+}();
+
+inline char *write_leading_of_more(std::uint32_t value, char *out) {
+    store(out, leading_pairs[value]);
+    return out + 1 + (value >= 10);
+}
+
 // All digits of a fraction that has PAIRS of them behind the point.
 template <int PAIRS>
 inline char *write_fraction(std::uint64_t fraction, char *out) {
-    out = write_leading(static_cast<std::uint32_t>(fraction >> 32), out);
+    out = write_leading_of_more(static_cast<std::uint32_t>(fraction >> 32), out);
     for (int i = 0; i < PAIRS; ++i) {
         fraction = (fraction & 0xFFFFFFFF) * 100;
         out = write_pair(static_cast<std::uint32_t>(fraction >> 32), out);
@@ -80,7 +93,7 @@ inline char *write_short(std::uint64_t value, char *out) {
         return write_leading(static_cast<std::uint32_t>(value), out);
     if (value < 10000) {
         const auto small = static_cast<std::uint32_t>(value);
-        out = write_leading(small / 100, out);
+        out = write_leading_of_more(small / 100, out);
         return write_pair(small % 100, out);
     }
     if (value < 1000000)
