@@ -183,15 +183,16 @@ TEST(Intmul, RandomAgainstBigIntegersAndPaper) {
     Random random(22);
     for (int i = 0; i < CASES; ++i) {
         const int l1 = random_length(random), l2 = random_length(random);
-        const int to = pick(random, 0, 1) == 0 ? std::clamp(l1 + l2 - pick(random, 0, 3), 0, LONGEST)
-                                               : random_length(random);
+        const int to =
+            pick(random, 0, 1) == 0 ? std::clamp(l1 + l2 - pick(random, 0, 3), 0, LONGEST) : random_length(random);
         const CS_BYTE s1 = static_cast<CS_BYTE>(random() % 3), s2 = static_cast<CS_BYTE>(random() % 3);
         Record a(l1, 9, 0, random_magnitude(random, l1 - 1), s1);
         Record b(l2, 9, 0, random_magnitude(random, l2 - 1), s2);
         Record r(to, 9, 0, 1, 9), paper = r;
         const Big product = a.magnitude() * b.magnitude();
         const int code = com__exctnume_intmul(a, b, r);
-        ASSERT_EQ(code, product >= Big::limit_of_bytes(to - 1)) << a.magnitude().text() << " * " << b.magnitude().text();
+        ASSERT_EQ(code, product >= Big::limit_of_bytes(to - 1))
+            << a.magnitude().text() << " * " << b.magnitude().text();
         ASSERT_EQ(code, schoolbook::multiply(a.get(), b.get(), paper.get()));
         ASSERT_TRUE(r.guarded());
         if (code == 0 && to > 0) {
@@ -324,7 +325,8 @@ TEST(Intdiv, RandomAgainstPaperByteForByteAndPointerForPointer) {
         Record q(room, 9, 0, random_magnitude(random, room - 1), 0x55), r(l2, 9, 0);
         Record paper_q = q, paper_r = r;
         const int code = com__exctnume_intdiv(a, b, q, r);
-        ASSERT_EQ(code, schoolbook::divide(a.get(), b.get(), *static_cast<__CONSTANT *>(paper_q), *static_cast<__CONSTANT *>(paper_r)));
+        ASSERT_EQ(code, schoolbook::divide(a.get(), b.get(), *static_cast<__CONSTANT *>(paper_q),
+                                           *static_cast<__CONSTANT *>(paper_r)));
         ASSERT_EQ(q.memory(), paper_q.memory()) << a.magnitude().text() << " / " << b.magnitude().text();
         ASSERT_EQ(r.memory(), paper_r.memory());
         ASSERT_EQ(q->len, paper_q->len);
@@ -361,6 +363,41 @@ TEST(Intdiv, LeadingWordsThatMakeTheEstimateWrong) {
                     ASSERT_EQ(Big(q->value + 1, q->len - 1), dividend / divisor) << dividend.text();
                     ASSERT_EQ(Big(r->value + 1, r->len - 1), dividend % divisor) << divisor.text();
                 }
+}
+
+void check_division(const Big &dividend, const Big &divisor) {
+    Record a(136, 9, 0, dividend), b(136, 9, 0, divisor), q(137, 9, 0), r(136, 9, 0);
+    ASSERT_EQ(com__exctnume_intdiv(a, b, q, r), NUME_OK);
+    ASSERT_EQ(Big(q->value + 1, q->len - 1), dividend / divisor) << dividend.text() << " / " << divisor.text();
+    ASSERT_EQ(Big(r->value + 1, r->len - 1), dividend % divisor) << dividend.text() << " / " << divisor.text();
+}
+
+TEST(Intdiv, WordsThatMakeTheEstimateWrong) {
+    // The same in units of 64 bits, where chance never finds such operands: a dividend that is a multiple of the
+    // divisor's two leading words, so that the words behind them make the quotient one less; and dividends whose
+    // leading words are the divisor's, or all but.
+    Random random(32);
+    const Big word = Big::power(2, 64);
+    for (int words = 2; words <= 8; ++words)
+        for (int shift = 0; shift < 64; shift += 7)
+            for (const int style : {0, 1, 2, 3}) {
+                const Big top = Big::power(2, 63) + (style == 0 ? Big(0) : random_magnitude(random, 7));
+                const Big next = style == 1 ? word - 1 : random_magnitude(random, 8);
+                Big behind = 1;
+                for (int i = 2; i < words; ++i)
+                    behind = behind * word;
+                const Big low = words > 2 ? behind - random_magnitude(random, 3) - 1 : Big(0);
+                const Big lead = top * word + next;
+                const Big divisor = (lead * behind + low) / Big::power(2, shift);
+                const Big digit = style == 2 ? word - 1 - random_magnitude(random, 2) : random_magnitude(random, 8) + 2;
+                for (const Big &dividend :
+                     {lead * behind * digit, lead * behind * word,
+                      (lead - 1) * behind * word + random_magnitude(random, 8),
+                      lead * behind * digit * word + random_magnitude(random, 9), (lead * word - 1) * behind * word}) {
+                    check_division(dividend, divisor);
+                    check_division(dividend / Big::power(2, shift), divisor);
+                }
+            }
 }
 
 TEST(Intdiv, QuotientMayTakeThePlaceOfTheDividend) {
@@ -691,6 +728,7 @@ TEST(Div, ScalesOfMoreThan77PlacesOverflowEvenByZero) {
     Record q(33, 77, 78, 5), zero(2, 1, 0, 0), remainder(4, 9, 0);
     EXPECT_EQ(com__exctnume_div(Record(2, 1, 0, 1), zero, q, remainder), NUME_OVERFLOW);
     EXPECT_EQ(remainder->len, 4) << "the remainder's record is not reached";
+    EXPECT_EQ(remainder->value, remainder.start());
     q->scale = 0;
     EXPECT_EQ(com__exctnume_div(Record(2, 1, 78, 1), zero, q, nullptr), NUME_OVERFLOW);
     EXPECT_EQ(com__exctnume_div(Record(2, 1, 77, 1), zero, q, nullptr), NUME_DIVZERO);
@@ -874,8 +912,8 @@ TEST(Operations, BrokenRecordsFailAndWriteNothingWhereAssertionsReturn) {
             reports += 2;
             EXPECT_EQ(mode.count(), reports);
         }
-    for (__CONSTANT *broken : {static_cast<__CONSTANT *>(nullptr), static_cast<__CONSTANT *>(negative),
-                               static_cast<__CONSTANT *>(no_value)})
+    for (__CONSTANT *broken :
+         {static_cast<__CONSTANT *>(nullptr), static_cast<__CONSTANT *>(negative), static_cast<__CONSTANT *>(no_value)})
         for (const Binary operation : operations) {
             EXPECT_NE(operation(good, good, broken), NUME_OK);
             EXPECT_EQ(mode.count(), ++reports);

@@ -33,7 +33,7 @@ TEST(Tables, LengthsStartAndEndAsPublished) {
 }
 
 TEST(Tables, PrecisionsOfLengthsAsPublished) {
-    const int all[35] = {2,  4,  7,  9,  12, 14, 16, 19, 21, 24, 26, 28, 31, 33, 36, 38,  40,  43,
+    const int all[35] = {2,  4,  7,  9,  12, 14, 16, 19, 21, 24, 26, 28, 31, 33, 36,  38,  40, 43,
                          45, 48, 50, 52, 55, 57, 60, 62, 65, 67, 69, 72, 74, 77, 255, 255, 255};
     for (int i = 0; i < 35; ++i)
         EXPECT_EQ(Com__Nume_Len_To_Prec[i], all[i]) << i;

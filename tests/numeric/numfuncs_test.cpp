@@ -193,8 +193,7 @@ TEST(Numdivide, DivisionThatNeedsTooMuchWorkRoomIsAnOverflow) {
     EXPECT_EQ(quotient.precision, 77);
     EXPECT_EQ(quotient.scale, 0);
     // One of 18 bytes by 37 places: 2 * (18 + 17 + 1) + 1 + 33.
-    expect_result(comn_numdivide, numeric_of(1, 40, 0), numeric_of(3, 77, 36), {77, 1},
-                  Big::ten_to(37) / Big(3));
+    expect_result(comn_numdivide, numeric_of(1, 40, 0), numeric_of(3, 77, 36), {77, 1}, Big::ten_to(37) / Big(3));
 }
 
 TEST(Numdivide, ZeroDividendHasNoSign) {
@@ -236,8 +235,7 @@ Expected rescaled(const Big &value, int from_scale, Shape to) {
 Expected expected_sum(const CS_NUMERIC &a, const CS_NUMERIC &b, int operation) {
     Big x = unscaled(a), y = unscaled(b);
     const int common_scale = std::max(a.scale, b.scale);
-    const int common_precision =
-        std::min(77, common_scale + std::max(a.precision - a.scale, b.precision - b.scale));
+    const int common_precision = std::min(77, common_scale + std::max(a.precision - a.scale, b.precision - b.scale));
     const int whole = std::clamp(common_precision - common_scale, 1, 77);
     const int precision = common_scale + whole < 77 ? common_scale + whole + 1 : 77;
     const Shape shape = {precision, std::min(common_scale, precision - whole)};

@@ -165,13 +165,15 @@ constexpr CS_BYTE GUARD = 0xA7;
 // A record with memory of its own: a sign byte, a magnitude, and guards around them.
 class Record {
 public:
-    Record(int len, int prec, int scale, const Big &value = 0, CS_BYTE sign = 0) { reset(len, prec, scale, value, sign); }
+    Record(int len, int prec, int scale, const Big &value = 0, CS_BYTE sign = 0) {
+        reset(len, prec, scale, value, sign);
+    }
     Record(const Record &other) { *this = other; }
     Record &operator=(const Record &other) {
         memory_ = other.memory_;
         record_ = other.record_;
-        record_.value = other.record_.value != nullptr ? memory_.data() + (other.record_.value - other.memory_.data())
-                                                       : nullptr;
+        record_.value =
+            other.record_.value != nullptr ? memory_.data() + (other.record_.value - other.memory_.data()) : nullptr;
         return *this;
     }
 

@@ -35,23 +35,31 @@ constexpr int DIVISION_ROOM = 133;
 // Of a record that holds every value of the precision, or the power of ten.
 inline int length_of_precision(int precision) { return 1 + BYTES_OF_PRECISION[precision]; }
 
+// a >= b, by the limbs from TOP down. Where values are far apart, as a value and the bound of its digits mostly
+// are, the first limb tells.
+template <int TOP>
+inline bool is_at_least(const limb *a, const limb *b) {
+    if constexpr (TOP > 0)
+        if (a[TOP] == b[TOP])
+            return is_at_least<TOP - 1>(a, b);
+    return a[TOP] >= b[TOP];
+}
+
 // magnitude >= 10^precision.
 template <int N>
 inline bool passes_precision(const Limbs<N> &magnitude, int precision) {
     if (precision > largest_exponent_in(N))
         return false;
-    const Magnitude &power = POWERS_OF_TEN[precision];
     for (int i = N - 1; i >= POWER_LIMBS; --i)
         if (magnitude.at[i] != 0)
             return true;
-    for (int i = std::min(N, POWER_LIMBS) - 1; i > 0; --i)
-        if (magnitude.at[i] != power.at[i])
-            return magnitude.at[i] > power.at[i];
-    return magnitude.at[0] >= power.at[0];
+    return is_at_least<std::min(N, POWER_LIMBS) - 1>(magnitude.at, POWERS_OF_TEN[precision].at);
 }
 
 template <int N>
-inline bool fits_bytes(const Limbs<N> &magnitude, int bytes) { return significant_bytes(magnitude) <= bytes; }
+inline bool fits_bytes(const Limbs<N> &magnitude, int bytes) {
+    return significant_bytes(magnitude) <= bytes;
+}
 
 // Bytes that have room for all digits of the precision need no look of their own.
 template <int N>
@@ -66,35 +74,56 @@ inline bool fits(const Limbs<N> &magnitude, const Room &room) {
 template <int TO, int FROM>
 inline Limbs<TO> resize(const limb *from) {
     Limbs<TO> result;
-    for (int i = 0; i < TO; ++i)
-        result.at[i] = i < FROM ? from[i] : 0;
+    each_limb<TO>([&](auto i) { result.at[i] = i < FROM ? from[i] : 0; });
     return result;
 }
 
-// magnitude * 10^places, which takes up to the four limbs of the power more.
+// The significant limbs of a number somewhere else.
+struct Run {
+    const limb *at;
+    int count;
+};
+
 template <int N>
-inline Limbs<N + POWER_LIMBS> times_power(const Limbs<N> &magnitude, int places) {
-    const Magnitude &power = POWERS_OF_TEN[places];
-    Limbs<N + POWER_LIMBS> product = {};
-    if (places <= LIMB_DIGITS) {
-        multiply_limbs(product.at, magnitude.at, N, power.at, 1);
-        return product;
-    }
-    const int count = significant_limbs(magnitude);
-    if (count != 0)
-        multiply_limbs(product.at, magnitude.at, count, power.at, significant_limbs(power));
-    return product;
+inline Run run_of(const Limbs<N> &m) {
+    return {m.at, significant_limbs(m)};
 }
 
-// number * 10^places in place. False when it does not fit `bytes`; the low limbs are there even then. A result
-// of zero has no sign.
+// m * 10^places, in `product`: up to the four limbs of the power more.
+inline Run times_power(Run m, int places, limb *product) {
+    if (m.count == 0)
+        return m;
+    const Run power = run_of(POWERS_OF_TEN[places]);
+    multiply_limbs(product, m.at, m.count, power.at, power.count);
+    const int count = m.count + power.count;
+    return {product, count - (product[count - 1] == 0)};
+}
+
+// magnitude * 10^places in place, of which the low N limbs stay. False when there are others.
 template <int N>
-inline bool scale_up(Number<N> &number, int places, int bytes) {
-    const Limbs<N + POWER_LIMBS> product = times_power(number.magnitude, places);
-    number.magnitude = resize<N, N>(product.at);
-    const bool fitting = fits_bytes(product, bytes);
-    number.negative &= fitting && !is_zero(number.magnitude);
-    return fitting;
+[[gnu::noinline]] bool scale_up_far(Limbs<N> &magnitude, int places) {
+    limb room[N + POWER_LIMBS];
+    const Run product = times_power(run_of(magnitude), places, room);
+    for (int i = 0; i < N; ++i)
+        magnitude.at[i] = i < product.count ? product.at[i] : 0;
+    return product.count <= N;
+}
+template <int N>
+inline bool scale_up(Limbs<N> &magnitude, int places) {
+    if (places > LIMB_DIGITS) [[unlikely]] {
+        Limbs<N> far = magnitude; // apart, so that the common case needs no memory
+        const bool fitting = scale_up_far(far, places);
+        magnitude = far;
+        return fitting;
+    }
+    const limb power = POWERS_OF_TEN[places].at[0];
+    limb carry = 0;
+    each_limb<N>([&](auto i) {
+        const double_limb product = static_cast<double_limb>(magnitude.at[i]) * power + carry;
+        magnitude.at[i] = static_cast<limb>(product);
+        carry = static_cast<limb>(product >> 64);
+    });
+    return carry == 0;
 }
 
 // number / 10^places in place, truncated; whether digits other than zero were cut.
@@ -122,8 +151,11 @@ inline int rescale(Number<N> &number, int length, int places, const Room &room) 
         return NUME_OK;
     if (places > CS_MAX_SCALE || places < -CS_MAX_SCALE)
         return NUME_BADVALUE;
-    if (places > 0)
-        return scale_up(number, places, room.bytes) ? NUME_OK : NUME_OVERFLOW;
+    if (places > 0) {
+        const bool fitting = scale_up(number.magnitude, places) && fits_bytes(number.magnitude, room.bytes);
+        number.negative &= fitting && !is_zero(number.magnitude);
+        return fitting ? NUME_OK : NUME_OVERFLOW;
+    }
     if (length + 1 + length_of_precision(-places) >= DIVISION_ROOM)
         return NUME_OVERFLOW;
     const bool cut = cut_digits(number, -places);
@@ -136,7 +168,7 @@ inline int rescale(Number<N> &number, int length, int places, const Room &room) 
 
 // A rescale of a result that has fit `bytes` so far, and the last check of its digits.
 template <int N>
-inline int rescale_result(Number<N> &result, int bytes, int places, const Room &room) {
+[[gnu::noinline]] int rescale_result(Number<N> &result, int bytes, int places, const Room &room) {
     int code = rescale(result, bytes + 1, places, room);
     if (code == NUME_OK && !fits(result.magnitude, room))
         code = NUME_OVERFLOW;
@@ -148,30 +180,32 @@ inline int rescale_result(Number<N> &result, int bytes, int places, const Room &
 // a + b (opn 0) or a - b (opn 1), then rescaled by `places`. The sum must fit the room's bytes before that. A
 // result of zero has no sign, save where magnitudes were added: minus zero plus minus zero stays what it is.
 template <int N>
-inline int add_or_subtract(const Number<N> &a, const Number<N> &b, int opn, int places, const Room &room,
-                           Number<N> &result) {
-    limb carry = 0;
-    if ((a.negative == b.negative) == (opn == 0)) {
-        carry = add_limbs(result.magnitude, a.magnitude, b.magnitude);
+[[gnu::always_inline]] inline int add_or_subtract(const Number<N> &a, const Number<N> &b, int opn, int places,
+                                                  const Room &room, Number<N> &result) {
+    const bool b_negative = b.negative != (opn == 1);
+    bool overflow = false;
+    bool cancelled = false;
+    if (a.negative == b_negative) {
+        overflow = add_limbs(result.magnitude, a.magnitude, b.magnitude) != 0;
         result.negative = a.negative;
     } else {
-        // The sign of the larger magnitude. Which one that is cannot be foreseen, so nothing branches on it.
+        // The larger magnitude gives the sign. Which one that is cannot be foreseen: nothing branches on it.
         const limb borrow = subtract_limbs(result.magnitude, a.magnitude, b.magnitude);
         negate_limbs_if(result.magnitude, borrow);
-        if (is_zero(result.magnitude)) {
-            result.negative = false;
-            return NUME_OK;
-        }
-        const bool b_negative = b.negative != (opn == 1);
-        result.negative = borrow != 0 ? b_negative : a.negative;
+        cancelled = is_zero(result.magnitude);
+        result.negative = (a.negative != (borrow != 0)) & !cancelled;
     }
 
     int code = NUME_OVERFLOW;
-    if (carry == 0) {
-        if (places == 0)
-            code = fits(result.magnitude, room) ? NUME_OK : NUME_OVERFLOW;
-        else if (fits_bytes(result.magnitude, room.bytes))
-            code = rescale_result(result, room.bytes, places, room);
+    if (places == 0) [[likely]] {
+        if (!overflow && fits(result.magnitude, room)) [[likely]]
+            return NUME_OK;
+    } else if (cancelled) {
+        return NUME_OK;
+    } else if (!overflow && fits_bytes(result.magnitude, room.bytes)) {
+        Number<N> scaled = result; // apart, so that the common case needs no memory
+        code = rescale_result(scaled, room.bytes, places, room);
+        result = scaled;
     }
     if (code == NUME_OVERFLOW)
         result = {};
@@ -181,66 +215,73 @@ inline int add_or_subtract(const Number<N> &a, const Number<N> &b, int opn, int 
 // a * b rescaled by `places`. The product itself must fit too: the room's bytes when its precision holds the
 // `digits` of both operands together, else the 32 bytes of the longest value. After a failure the low limbs of
 // what was computed so far are there.
-template <int N, int R>
-inline int multiply(const Number<N> &a, const Number<N> &b, int digits, int places, const Room &room,
-                    Number<R> &result) {
-    static_assert(R >= N && R >= MAGNITUDE_LIMBS);
-    const Limbs<2 * N> product = multiply_all(a.magnitude, b.magnitude);
-    result.magnitude = resize<R, 2 * N>(product.at);
-    result.negative = false;
+template <int A, int B, int R>
+[[gnu::always_inline]] inline int multiply(const Number<A> &a, const Number<B> &b, int digits, int places,
+                                           const Room &room, Number<R> &result) {
+    static_assert(R >= A && R >= B);
+    const Limbs<A + B> product = multiply_all(a.magnitude, b.magnitude);
+    const bool negative = (a.negative != b.negative) & !is_zero(product); // no branch on signs
+    result.magnitude = resize<R, A + B>(product.at);
+    result.negative = negative;
     const int bytes = room.precision >= digits ? room.bytes : MAGNITUDE_BYTES;
-    if (places == 0) {
-        if (!fits(product, {std::min(bytes, room.bytes), room.precision}))
-            return NUME_OVERFLOW;
-        result.negative = a.negative != b.negative && !is_zero(product);
-        return NUME_OK;
-    }
-    if (!fits_bytes(product, bytes))
+    if (places == 0) [[likely]] {
+        if (fits(product, {std::min(bytes, room.bytes), room.precision})) [[likely]]
+            return NUME_OK;
+        result.negative = false;
         return NUME_OVERFLOW;
-    result.negative = a.negative != b.negative && !is_zero(product);
-    return rescale_result(result, bytes, places, room);
+    }
+    if (!fits_bytes(product, bytes)) {
+        result.negative = false;
+        return NUME_OVERFLOW;
+    }
+    Number<R> scaled = result; // apart, so that the common case needs no memory
+    const int code = rescale_result(scaled, bytes, places, room);
+    result = scaled;
+    return code;
 }
 
-// A quotient and a remainder. The quotient's limbs are zero above the counted ones; of the remainder only those
-// that its bytes take are set.
+// A quotient and a remainder, of which the counted limbs are set. The quotient has no zero at its top.
 template <int N>
 struct Division {
-    Limbs<N> quotient;
-    Limbs<N> remainder;
+    limb quotient[N];
+    limb remainder[N];
     int quotient_count;
-    int remainder_bytes;
+    int remainder_count; // limbs set; there may be zeros at the top
 };
 
-// u / v by their significant limbs; v_count is not zero, u_count at most N.
+// u / v, where v is not zero and u has at most N limbs.
 template <int N>
-inline void divide_magnitudes(const limb *u, int u_count, const limb *v, int v_count, Division<N> &result) {
-    result.quotient = {};
-    if (compare_limbs(u, u_count, v, v_count) < 0) {
+inline void divide_magnitudes(Run u, Run v, Division<N> &result) {
+    if (compare_limbs(u.at, u.count, v.at, v.count) < 0) {
         result.quotient_count = 0;
-        for (int i = 0; i < u_count; ++i)
-            result.remainder.at[i] = u[i];
-        result.remainder_bytes = significant_bytes(u, u_count);
+        for (int i = 0; i < u.count; ++i)
+            result.remainder[i] = u.at[i];
+        result.remainder_count = u.count;
         return;
     }
-    divide_limbs<N>(result.quotient.at, result.remainder.at, u, u_count, v, v_count);
-    result.quotient_count = significant_limbs(result.quotient.at, u_count - v_count + 1);
-    result.remainder_bytes = significant_bytes(result.remainder.at, v_count);
+    divide_limbs<N>(result.quotient, result.remainder, u.at, u.count, v.at, v.count);
+    result.quotient_count = u.count - v.count + 1;
+    result.quotient_count -= result.quotient[result.quotient_count - 1] == 0;
+    result.remainder_count = v.count;
 }
 
-// The length of a remainder's record: 0 for none; else the remainder's bytes and one ahead of them, save that
+// The length of the remainder's record: 0 for none; else the remainder's bytes and one ahead of them, save that
 // the remainder of a real division by a single byte stands alone.
-inline int remainder_length(int remainder_bytes, bool quotient_is_zero, bool divisor_is_byte) {
-    if (remainder_bytes == 0)
+template <int N>
+inline int remainder_length(const Division<N> &division, Run divisor) {
+    const int bytes = significant_bytes(division.remainder, division.remainder_count);
+    if (bytes == 0)
         return 0;
-    return divisor_is_byte && !quotient_is_zero ? 1 : remainder_bytes + 1;
+    return division.quotient_count != 0 && divisor.count == 1 && divisor.at[0] <= 255 ? 1 : bytes + 1;
 }
 
-// a * 10^places / b (a / (b * 10^-places) if places is below zero), truncated, with the remainder's length.
+// a * 10^places / b (a / (b * 10^-places) if places is below zero), truncated; and the length of the remainder's
+// record, where that is asked for.
 // The lengths are those of the operands' records: the room for the work depends on them. A division that is not
 // carried out, for want of room or by zero, leaves the quotient as it is.
 template <int N>
 inline int divide(const Number<N> &a, int a_length, const Number<N> &b, int b_length, int places, const Room &room,
-                  Number<N> &quotient, int &remaining) {
+                  Number<N> &quotient, int *remaining) {
     if (places > CS_MAX_SCALE || places < -CS_MAX_SCALE)
         return NUME_OVERFLOW;
     int used = 0;
@@ -248,34 +289,32 @@ inline int divide(const Number<N> &a, int a_length, const Number<N> &b, int b_le
         used = a_length += length_of_precision(places) + 1;
     else if (places < 0)
         used = b_length += length_of_precision(-places) + 1;
-    remaining = b_length;
+    if (remaining != nullptr)
+        *remaining = b_length;
     if (used + a_length + 1 + b_length >= DIVISION_ROOM)
         return NUME_OVERFLOW;
     if (is_zero(b.magnitude))
         return NUME_DIVZERO;
 
     constexpr int W = N + POWER_LIMBS;
-    Division<W> division;
-    bool divisor_is_byte = false;
-    const auto run = [&](const limb *dividend, int dividend_limbs, const limb *divisor, int divisor_limbs) {
-        const int divisor_count = significant_limbs(divisor, divisor_limbs);
-        divisor_is_byte = divisor_count == 1 && divisor[0] <= 255;
-        divide_magnitudes(dividend, significant_limbs(dividend, dividend_limbs), divisor, divisor_count, division);
-    };
+    limb scaled[W];
+    Run dividend = run_of(a.magnitude);
+    Run divisor = run_of(b.magnitude);
     if (places > 0)
-        run(times_power(a.magnitude, places).at, W, b.magnitude.at, N);
+        dividend = times_power(dividend, places, scaled);
     else if (places < 0)
-        run(a.magnitude.at, N, times_power(b.magnitude, -places).at, W);
-    else
-        run(a.magnitude.at, N, b.magnitude.at, N);
+        divisor = times_power(divisor, -places, scaled);
+    Division<W> division;
+    divide_magnitudes(dividend, divisor, division);
 
-    const bool is_nothing = division.quotient_count == 0;
-    remaining = remainder_length(division.remainder_bytes, is_nothing, divisor_is_byte);
-    quotient.magnitude = resize<N, N>(division.quotient.at);
+    if (remaining != nullptr)
+        *remaining = remainder_length(division, divisor);
+    const int count = division.quotient_count;
+    each_limb<N>([&](auto i) { quotient.magnitude.at[i] = i < count ? division.quotient[i] : 0; });
     quotient.negative = false;
-    if (!fits(division.quotient, room))
+    if (count > N || !fits(quotient.magnitude, room))
         return NUME_OVERFLOW;
-    quotient.negative = a.negative != b.negative && !is_nothing;
+    quotient.negative = a.negative != b.negative && count != 0;
     return NUME_OK;
 }
 

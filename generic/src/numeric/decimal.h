@@ -32,10 +32,7 @@ inline int decimal_digits(const Magnitude &m) {
 
 // m * 10^places for places of 0 to 77, in place; false when it does not fit a value of `length` bytes.
 inline bool shift_up(Magnitude &m, int places, int length) {
-    Number<MAGNITUDE_LIMBS> number = {m, false};
-    const bool fits = scale_up(number, places, length - 1);
-    m = number.magnitude;
-    return fits;
+    return scale_up(m, places) && fits_bytes(m, length - 1);
 }
 
 // m / 10^places for places from 0 up, in place, cut.

@@ -7,6 +7,10 @@
 
 #include <algorithm>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 namespace dlx {
 
 // Limbs without the zero ones at the top: 0 for zero.
@@ -16,23 +20,44 @@ inline int significant_limbs(const limb *limbs, int count) {
     return count;
 }
 template <int N>
-inline int significant_limbs(const Limbs<N> &m) { return significant_limbs(m.at, N); }
+inline int significant_limbs(const Limbs<N> &m) {
+    return significant_limbs(m.at, N);
+}
 
 inline void zero_limbs(limb *limbs, int count) {
     for (int i = 0; i < count; ++i)
         limbs[i] = 0;
 }
 
+// a + b + carry, and a - b - borrow: the carry or borrow is 0 or 1 before and after.
+inline limb add_with_carry(limb a, limb b, limb &carry) {
+#if defined(__x86_64__)
+    unsigned long long sum; // the compiler's own chain of two additions a limb is three times as long
+    carry = _addcarry_u64(static_cast<unsigned char>(carry), a, b, &sum);
+    return sum;
+#else
+    const double_limb sum = static_cast<double_limb>(a) + b + carry;
+    carry = static_cast<limb>(sum >> 64);
+    return static_cast<limb>(sum);
+#endif
+}
+inline limb subtract_with_borrow(limb a, limb b, limb &borrow) {
+#if defined(__x86_64__)
+    unsigned long long difference;
+    borrow = _subborrow_u64(static_cast<unsigned char>(borrow), a, b, &difference);
+    return difference;
+#else
+    const double_limb difference = static_cast<double_limb>(a) - b - borrow;
+    borrow = static_cast<limb>(difference >> 64) & 1;
+    return static_cast<limb>(difference);
+#endif
+}
+
 // a + b; the carry.
 template <int N>
 inline limb add_limbs(Limbs<N> &sum, const Limbs<N> &a, const Limbs<N> &b) {
     limb carry = 0;
-    for (int i = 0; i < N; ++i) {
-        limb word;
-        const bool first = __builtin_add_overflow(a.at[i], b.at[i], &word);
-        const bool second = __builtin_add_overflow(word, carry, &sum.at[i]);
-        carry = first | second;
-    }
+    each_limb<N>([&](auto i) { sum.at[i] = add_with_carry(a.at[i], b.at[i], carry); });
     return carry;
 }
 
@@ -40,12 +65,7 @@ inline limb add_limbs(Limbs<N> &sum, const Limbs<N> &a, const Limbs<N> &b) {
 template <int N>
 inline limb subtract_limbs(Limbs<N> &difference, const Limbs<N> &a, const Limbs<N> &b) {
     limb borrow = 0;
-    for (int i = 0; i < N; ++i) {
-        limb word;
-        const bool first = __builtin_sub_overflow(a.at[i], b.at[i], &word);
-        const bool second = __builtin_sub_overflow(word, borrow, &difference.at[i]);
-        borrow = first | second;
-    }
+    each_limb<N>([&](auto i) { difference.at[i] = subtract_with_borrow(a.at[i], b.at[i], borrow); });
     return borrow;
 }
 
@@ -54,11 +74,7 @@ template <int N>
 inline void negate_limbs_if(Limbs<N> &m, limb condition) {
     const limb mask = -condition;
     limb carry = condition;
-    for (limb &word : m.at) {
-        limb next;
-        carry = __builtin_add_overflow(word ^ mask, carry, &next);
-        word = next;
-    }
+    each_limb<N>([&](auto i) { m.at[i] = add_with_carry(m.at[i] ^ mask, 0, carry); });
 }
 
 // Below zero, zero or above zero, as a is below, at or above b. Both counts without zero limbs at the top.
@@ -91,16 +107,23 @@ inline void multiply_limbs(limb *product, const limb *a, int a_count, const limb
     }
 }
 
-// a * b for all N limbs of both: with so few of them it costs more to look for zeros than to multiply by them.
-template <int N>
-inline Limbs<2 * N> multiply_all(const Limbs<N> &a, const Limbs<N> &b) {
-    Limbs<2 * N> product;
-    if constexpr (N <= MAGNITUDE_LIMBS) {
-        multiply_limbs(product.at, a.at, N, b.at, N);
+// a * b for all limbs of both: with few of them it costs more to look for zeros than to multiply by them.
+template <int A, int B>
+inline Limbs<A + B> multiply_all(const Limbs<A> &a, const Limbs<B> &b) {
+    Limbs<A + B> product = {};
+    if constexpr (A <= MAGNITUDE_LIMBS && B <= MAGNITUDE_LIMBS) {
+        each_limb<B>([&](auto j) {
+            limb carry = 0;
+            each_limb<A>([&](auto i) {
+                const double_limb sum = static_cast<double_limb>(a.at[i]) * b.at[j] + product.at[i + j] + carry;
+                product.at[i + j] = static_cast<limb>(sum);
+                carry = static_cast<limb>(sum >> 64);
+            });
+            product.at[j + A] = carry;
+        });
     } else {
         const int a_count = significant_limbs(a);
         const int b_count = significant_limbs(b);
-        product = {};
         if (a_count != 0 && b_count != 0)
             multiply_limbs(product.at, a.at, a_count, b.at, b_count);
     }
@@ -159,7 +182,8 @@ inline limb divide_span(limb *span, const limb *v, int v_count) {
     limb carry = 0;
     for (int i = 0; i < count; ++i) {
         const double_limb product = static_cast<double_limb>(estimate) * v[i] + carry;
-        carry = static_cast<limb>(product >> 64) + __builtin_sub_overflow(span[i], static_cast<limb>(product), &span[i]);
+        carry =
+            static_cast<limb>(product >> 64) + __builtin_sub_overflow(span[i], static_cast<limb>(product), &span[i]);
     }
     const bool negative = span[count] < carry;
     span[count] -= carry;
@@ -174,6 +198,12 @@ inline limb divide_span(limb *span, const limb *v, int v_count) {
         span[count] += carry;
     }
     return estimate;
+}
+
+template <int V>
+inline void divide_spans(limb *quotient, limb *work, int u_count, const limb *v, int v_count) {
+    for (int i = u_count - v_count; i >= 0; --i)
+        quotient[i] = divide_span<V>(work + i, v, v_count);
 }
 
 // u / v: quotient to u_count - v_count + 1 limbs, remainder to v_count limbs. The top limb of v is not zero,
@@ -219,10 +249,14 @@ inline void divide_limbs(limb *quotient, limb *remainder, const limb *u, int u_c
             work[i] = shifted(u[i], u[i - 1]);
         work[0] = u[0] << shift;
 
-        for (int i = u_count - v_count; i >= 0; --i)
-            quotient[i] = v_count == 3 ? divide_span<3>(work + i, divisor, 3)
-                          : MOST > 3 && v_count == 4 ? divide_span<std::min(MOST, 4)>(work + i, divisor, 4)
-                                     : divide_span<0>(work + i, divisor, v_count);
+        if (v_count == 3)
+            divide_spans<3>(quotient, work, u_count, divisor, 3);
+        else if constexpr (MOST > 3) {
+            if (v_count == 4)
+                divide_spans<4>(quotient, work, u_count, divisor, 4);
+            else
+                divide_spans<0>(quotient, work, u_count, divisor, v_count);
+        }
 
         for (int i = 0; i < v_count - 1; ++i)
             remainder[i] = work[i] >> shift | work[i + 1] << 1 << (63 - shift);

@@ -10,6 +10,7 @@
 #include <dlxcomn/types.h>
 
 #include <cstdint>
+#include <utility>
 
 namespace dlx {
 
@@ -29,6 +30,19 @@ struct Limbs {
     limb at[N];
 };
 using Magnitude = Limbs<MAGNITUDE_LIMBS>;
+
+// Runs `work` for 0 to N - 1. The indexes of a short run are constants, so that its limbs can live in registers:
+// as a loop they would go through memory, written one by one and read back by twos, which stalls.
+template <int N, class Work>
+[[gnu::always_inline]] constexpr void each_limb(Work work) {
+    if constexpr (N <= 2 * MAGNITUDE_LIMBS) {
+        [&]<int... I>(std::integer_sequence<int, I...>) { (work(std::integral_constant<int, I>()), ...); }
+        (std::make_integer_sequence<int, N>());
+    } else {
+        for (int i = 0; i < N; ++i)
+            work(i);
+    }
+}
 
 inline limb load_big_endian(const CS_BYTE *bytes) { return __builtin_bswap64(load<limb>(bytes)); }
 inline void store_big_endian(CS_BYTE *bytes, limb value) { store(bytes, __builtin_bswap64(value)); }
@@ -79,7 +93,9 @@ inline int significant_bytes(const limb *limbs, int count) {
     return 0;
 }
 template <int N>
-inline int significant_bytes(const Limbs<N> &m) { return significant_bytes(m.at, N); }
+inline int significant_bytes(const Limbs<N> &m) {
+    return significant_bytes(m.at, N);
+}
 
 // Writes the low `count` (0 to 8 * N) bytes, big-endian. False when the dropped high bytes are not all zero.
 template <int N>
@@ -97,8 +113,7 @@ inline bool store_magnitude(const Magnitude &m, CS_BYTE *bytes, int count) { ret
 template <int N>
 inline bool is_zero(const Limbs<N> &m) {
     limb any = 0;
-    for (const limb word : m.at)
-        any |= word;
+    each_limb<N>([&](auto i) { any |= m.at[i]; });
     return any == 0;
 }
 

@@ -29,10 +29,10 @@ CutDigits cut_with_last_digit(Number<N> &number, int count) {
 
 // magnitude * 10^count for any count, in the low N limbs.
 template <int N>
-void append_zeros(Number<N> &number, int count) {
+void append_zeros(Limbs<N> &magnitude, int count) {
     for (; count > CS_MAX_SCALE; count -= CS_MAX_SCALE)
-        scale_up(number, CS_MAX_SCALE, N * LIMB_BYTES);
-    scale_up(number, count, N * LIMB_BYTES);
+        scale_up(magnitude, CS_MAX_SCALE);
+    scale_up(magnitude, count);
 }
 
 } // namespace
@@ -58,7 +58,7 @@ void com__exctnume_round(__CONSTANT *op, CS_INT scale, __CONSTANT *result) {
                 one.at[0] = 1;
                 dlx::add_limbs(number.magnitude, number.magnitude, one);
             }
-            dlx::append_zeros(number, dropped);
+            dlx::append_zeros(number.magnitude, dropped);
         }
         number.negative = negative;
         dlx::store_number(number, *result);

@@ -16,6 +16,14 @@ void keep_bytes(Limbs<N> &m, int count) {
     zero_limbs(m.at + whole + 1, N - whole - 1);
 }
 
+// Writes a number over `count` bytes that hold it.
+void store_run(Run run, CS_BYTE *bytes, int count) {
+    for (int i = 0; count > 0; ++i, count -= LIMB_BYTES) {
+        const int part = std::min(count, LIMB_BYTES);
+        store_partial(bytes + count - part, part, i < run.count ? run.at[i] : 0);
+    }
+}
+
 // A magnitude that came of operands of `length` bytes, to `r`; 1 when it does not fit. The sign byte is written
 // only when r is longer, where all of it is.
 template <int N>
@@ -65,7 +73,7 @@ int com__exctnume_intmul(__CONSTANT *a, __CONSTANT *b, __CONSTANT *r) {
         constexpr int N = limbs;
         const dlx::Number<N> x = dlx::load_number<N>(*a);
         const dlx::Number<N> y = dlx::load_number<N>(*b);
-        const dlx::Limbs<2 * N> product = dlx::multiply_all(x.magnitude, y.magnitude);
+        const dlx::Limbs<2 *N> product = dlx::multiply_all(x.magnitude, y.magnitude);
         const bool fits = dlx::fits_bytes(product, dlx::magnitude_bytes(*r));
         const bool negative = fits && x.negative != y.negative && !dlx::is_zero(product);
         dlx::store_number(dlx::Number<2 * N>{product, negative}, *r);
@@ -90,9 +98,8 @@ int com__exctnume_intdiv(__CONSTANT *a, __CONSTANT *b, __CONSTANT *q, __CONSTANT
         if (b_bytes == 0)
             return NUME_DIVZERO;
 
-        dlx::Division<N> division = {};
-        dlx::divide_magnitudes(dividend.at, dlx::significant_limbs(dividend), divisor.at,
-                               dlx::significant_limbs(divisor), division);
+        dlx::Division<N> division;
+        dlx::divide_magnitudes(dlx::run_of(dividend), dlx::run_of(divisor), division);
         if (division.quotient_count == 0) {
             q->len = 0;
             r->len = a_bytes != 0 ? a_bytes + 1 : 0;
@@ -106,14 +113,14 @@ int com__exctnume_intdiv(__CONSTANT *a, __CONSTANT *b, __CONSTANT *q, __CONSTANT
         // divisor's.
         CS_BYTE *const end = q->value + q->len;
         const int quotient_room = a_bytes - b_bytes + 1;
-        dlx::store_limbs(division.quotient, end - b_bytes - quotient_room, quotient_room);
-        dlx::store_limbs(division.remainder, end - b_bytes, b_bytes);
+        dlx::store_run({division.quotient, division.quotient_count}, end - b_bytes - quotient_room, quotient_room);
+        dlx::store_run({division.remainder, division.remainder_count}, end - b_bytes, b_bytes);
 
         // A quotient that fills all of q points one byte ahead of the buffer: there is no sign byte to use then.
-        const int quotient_bytes = dlx::significant_bytes(division.quotient.at, division.quotient_count);
+        const int quotient_bytes = dlx::significant_bytes(division.quotient, division.quotient_count);
         q->value = end - b_bytes - quotient_bytes - 1;
         q->len = quotient_bytes + 1;
-        r->len = dlx::remainder_length(division.remainder_bytes, false, b_bytes == 1);
+        r->len = dlx::remainder_length(division, dlx::run_of(divisor));
         r->value = end - std::max(r->len, 1);
         return NUME_OK;
     });
@@ -155,14 +162,11 @@ int com__exctnume_div(__CONSTANT *op1, __CONSTANT *op2, __CONSTANT *quot, __CONS
     return dlx::with_limbs_for(std::max({op1->len, op2->len, quot->len}), [&](auto limbs) {
         constexpr int N = limbs;
         dlx::Number<N> quotient = {};
-        int remaining = remdr != nullptr ? remdr->len : 0;
         const int code = dlx::divide(dlx::load_number<N>(*op1), op1->len, dlx::load_number<N>(*op2), op2->len, places,
-                                     dlx::room_of(*quot), quotient, remaining);
-        if (remdr != nullptr) {
-            // The remainder's bytes lay in work memory that is gone.
-            remdr->len = remaining;
+                                     dlx::room_of(*quot), quotient, remdr != nullptr ? &remdr->len : nullptr);
+        // The remainder's bytes lay in work memory that is gone. A division refused for its places had none.
+        if (remdr != nullptr && places >= -CS_MAX_SCALE && places <= CS_MAX_SCALE)
             remdr->value = nullptr;
-        }
         if (code == NUME_OK)
             dlx::store_number(quotient, *quot);
         return code;

@@ -41,26 +41,28 @@ constexpr unsigned char power_byte(int exponent, int i) {
 } // namespace dlx
 
 // The tables are plain arrays for C, so their entries are spelled out, ten at a time.
-#define TEN_ENTRIES(entry, n)                                                                                  \
-    entry((n)), entry((n) + 1), entry((n) + 2), entry((n) + 3), entry((n) + 4), entry((n) + 5), entry((n) + 6), \
+#define TEN_ENTRIES(entry, n)                                                                                          \
+    entry((n)), entry((n) + 1), entry((n) + 2), entry((n) + 3), entry((n) + 4), entry((n) + 5), entry((n) + 6),        \
         entry((n) + 7), entry((n) + 8), entry((n) + 9)
 #define FOUR_ENTRIES(entry, n) entry((n)), entry((n) + 1), entry((n) + 2), entry((n) + 3)
 #define EIGHT_ENTRIES(entry, n) FOUR_ENTRIES(entry, n), FOUR_ENTRIES(entry, (n) + 4)
-#define ALL_PRECISIONS(entry)                                                                                \
-    TEN_ENTRIES(entry, 0), TEN_ENTRIES(entry, 10), TEN_ENTRIES(entry, 20), TEN_ENTRIES(entry, 30),           \
+#define ALL_PRECISIONS(entry)                                                                                          \
+    TEN_ENTRIES(entry, 0), TEN_ENTRIES(entry, 10), TEN_ENTRIES(entry, 20), TEN_ENTRIES(entry, 30),                     \
         TEN_ENTRIES(entry, 40), TEN_ENTRIES(entry, 50), TEN_ENTRIES(entry, 60), EIGHT_ENTRIES(entry, 70)
 #define LENGTH_ENTRY(p) dlx::length_of(p)
 #define PRECISION_ENTRY(i) dlx::precision_of((i) + dlx::SMALLEST_LENGTH)
-#define FOUR_BYTES(p, i) \
+#define FOUR_BYTES(p, i)                                                                                               \
     dlx::power_byte(p, i), dlx::power_byte(p, (i) + 1), dlx::power_byte(p, (i) + 2), dlx::power_byte(p, (i) + 3)
-#define POWER_ENTRY(p)                                                                                           \
-    {FOUR_BYTES(p, 0),  FOUR_BYTES(p, 4),  FOUR_BYTES(p, 8),  FOUR_BYTES(p, 12),      FOUR_BYTES(p, 16),          \
-     FOUR_BYTES(p, 20), FOUR_BYTES(p, 24), FOUR_BYTES(p, 28), dlx::power_byte(p, 32), dlx::power_byte(p, 33)}
+#define POWER_ENTRY(p)                                                                                                 \
+    {                                                                                                                  \
+        FOUR_BYTES(p, 0), FOUR_BYTES(p, 4), FOUR_BYTES(p, 8), FOUR_BYTES(p, 12), FOUR_BYTES(p, 16), FOUR_BYTES(p, 20), \
+            FOUR_BYTES(p, 24), FOUR_BYTES(p, 28), dlx::power_byte(p, 32), dlx::power_byte(p, 33)                       \
+    }
 
 constinit const unsigned char Com__Nume_Prec_To_Len[CS_MAX_PREC + 1] = {ALL_PRECISIONS(LENGTH_ENTRY)};
 
 constinit const unsigned char Com__Nume_Len_To_Prec[35] = {
-    TEN_ENTRIES(PRECISION_ENTRY, 0),  TEN_ENTRIES(PRECISION_ENTRY, 10), TEN_ENTRIES(PRECISION_ENTRY, 20),
+    TEN_ENTRIES(PRECISION_ENTRY, 0), TEN_ENTRIES(PRECISION_ENTRY, 10), TEN_ENTRIES(PRECISION_ENTRY, 20),
     FOUR_ENTRIES(PRECISION_ENTRY, 30), PRECISION_ENTRY(34)};
 
 constinit const unsigned char Com__Nume_Byte_Power_Array[CS_MAX_PREC + 1][34] = {ALL_PRECISIONS(POWER_ENTRY)};
@@ -111,7 +113,7 @@ int compare_at_one_scale(const __CONSTANT &a, const __CONSTANT &b) {
         Number<N + POWER_LIMBS> fine_number = load_number<N + POWER_LIMBS>(fine);
         Number<N + POWER_LIMBS> coarse_number = load_number<N + POWER_LIMBS>(coarse);
         if (coarse.prec + fine.scale <= CS_MAX_PREC)
-            scale_up(coarse_number, places, (N + POWER_LIMBS) * LIMB_BYTES);
+            scale_up(coarse_number.magnitude, places);
         else
             cut_all_digits(fine_number, places);
         const int order = compare_limbs(fine_number.magnitude.at, significant_limbs(fine_number.magnitude),
@@ -256,8 +258,7 @@ int com__exctnume_divby10(CS_BYTE **ptrtobufptr, int *lenptr) {
         remainder = top % 10;
     }
     for (; at != length; at += dlx::LIMB_BYTES)
-        dlx::store_big_endian(bytes + at,
-                              dlx::divide_two(remainder, dlx::load_big_endian(bytes + at), 10, remainder));
+        dlx::store_big_endian(bytes + at, dlx::divide_two(remainder, dlx::load_big_endian(bytes + at), 10, remainder));
 
     // A value of 255 in the last two magnitude bytes keeps its zero byte: an increment may follow.
     constexpr int SHORTEST_TO_SHRINK = 3;

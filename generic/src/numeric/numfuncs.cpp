@@ -45,41 +45,91 @@ Shape common_shape(const CS_NUMERIC &a, const CS_NUMERIC &b) {
     return {std::min(scale + whole, CS_MAX_PREC), scale};
 }
 
-// An operand in the common shape. One that has it already is taken as it stands, with all that its bytes hold.
+// Brings an operand into the common shape, which has at least its precision and scale. One that has just these is
+// taken as it stands, with all that its bytes hold. False when it does not fit.
 template <int N>
-CS_RETCODE align(Number<N> &number, const CS_NUMERIC &operand, const Shape &common) {
-    if (operand.precision >= common.precision && operand.scale >= common.scale)
-        return CS_SUCCEED;
-    return reshape(number, {operand.precision, operand.scale}, common);
+[[gnu::always_inline]] inline bool align(Number<N> &number, const CS_NUMERIC &operand, const Shape &common) {
+    const int places = common.scale - operand.scale;
+    if (places == 0)
+        return operand.precision == common.precision || !passes_precision(number.magnitude, common.precision);
+    const bool fitting = scale_up(number.magnitude, places);
+    number.negative &= !is_zero(number.magnitude);
+    return fitting && !passes_precision(number.magnitude, common.precision);
 }
 
-CS_RETCODE traced(CS_RETCODE status) { return status == CS_SUCCEED ? CS_SUCCEED : COM_TRACE(status); }
-
-// The sum in N limbs, which hold the result's shape and so every value on the way to it.
-template <int N>
-CS_RETCODE add_or_subtract_values(const CS_NUMERIC &oper1, const CS_NUMERIC &oper2, CS_NUMERIC &result, int operation,
-                                  Shape common, Shape shape) {
-    Number<N> a = load_number<N>(oper1);
-    Number<N> b = load_number<N>(oper2);
-    Number<N> sum = {};
-    CS_RETCODE status = align(a, oper1, common);
-    if (status == CS_SUCCEED)
-        status = align(b, oper2, common);
-    if (status == CS_SUCCEED)
-        status = status_of_code(
-            add_or_subtract(a, b, operation, shape.scale - common.scale, room_of(shape), sum));
-    write_exactly(result, shape, sum);
-    return traced(status);
+// Adds aligned numbers into the result's shape, whose values take FEWEST to N limbs.
+template <int FEWEST, int N>
+[[gnu::always_inline]] inline CS_RETCODE add_aligned(const Number<N> &a, const Number<N> &b, CS_NUMERIC &result,
+                                                     int operation, int places, const Shape &shape) {
+    Number<N> sum;
+    const int code = add_or_subtract(a, b, operation, places, room_of(shape), sum);
+    write<FEWEST>(result, shape, sum);
+    return code == NUME_OK ? CS_SUCCEED : COM_TRACE(status_of_code(code));
 }
 
-// The product of factors that fit N limbs.
-template <int N>
-CS_RETCODE multiply_values(const CS_NUMERIC &m1, const CS_NUMERIC &m2, CS_NUMERIC &result, Shape shape) {
-    Number<MAGNITUDE_LIMBS> product;
-    const int code = multiply(load_number<N>(m1), load_number<N>(m2), m1.precision + m2.precision,
-                              shape.scale - (m1.scale + m2.scale), room_of(shape), product);
-    write(result, shape, product);
-    return traced(status_of_code(code));
+// What most sums are: operands of one shape that leaves room for a digit more, before the point too.
+bool is_plain_sum(const CS_NUMERIC &a, const CS_NUMERIC &b) {
+    return a.precision == b.precision && a.scale == b.scale && a.scale < a.precision && a.precision < CS_MAX_PREC;
+}
+
+// Such a sum of values that take L limbs: nothing is to be aligned or rescaled.
+template <int L>
+[[gnu::noinline]] CS_RETCODE add_plainly(const CS_NUMERIC &a, const CS_NUMERIC &b, CS_NUMERIC &result, int operation) {
+    constexpr int N = std::min(L + 1, MAGNITUDE_LIMBS); // the sum may need one more
+    const int bytes = BYTES_OF_PRECISION[a.precision];
+    const Number<N> x = {resize<N, L>(load_value_exactly<L>(a, bytes).at), a.array[0] != 0};
+    const Number<N> y = {resize<N, L>(load_value_exactly<L>(b, bytes).at), b.array[0] != 0};
+    return add_aligned<L>(x, y, result, operation, 0, {a.precision + 1, a.scale});
+}
+
+// Operands of any shapes.
+[[gnu::noinline]] CS_RETCODE align_and_add(const CS_NUMERIC &oper1, const CS_NUMERIC &oper2, CS_NUMERIC &result,
+                                           int operation) {
+    const Shape common = common_shape(oper1, oper2);
+    const Shape shape = shape_of_sum(common);
+    // The result has the most digits of all, so its limbs hold every value on the way.
+    return with_constant_limbs(limbs_of_precision(shape.precision), [&](auto limbs) {
+        constexpr int N = limbs;
+        Number<N> a = load_number<N>(oper1);
+        Number<N> b = load_number<N>(oper2);
+        if (align(a, oper1, common) && align(b, oper2, common))
+            return add_aligned<N>(a, b, result, operation, shape.scale - common.scale, shape);
+        write<N>(result, shape, Number<N>());
+        return COM_TRACE(CS_EOVERFLOW);
+    });
+}
+
+// Multiplies into the result's shape, whose values take at least FEWEST limbs.
+template <int FEWEST, int A, int B>
+[[gnu::always_inline]] inline CS_RETCODE multiply_numbers(const Number<A> &a, const Number<B> &b, CS_NUMERIC &result,
+                                                          int digits, int places, const Shape &shape) {
+    Number<std::max(A, std::max(B, MAGNITUDE_LIMBS))> product;
+    const int code = multiply(a, b, digits, places, room_of(shape), product);
+    write<FEWEST>(result, shape, product);
+    return code == NUME_OK ? CS_SUCCEED : COM_TRACE(status_of_code(code));
+}
+
+// What most products are: of factors whose digits, and one more, all have room.
+bool is_plain_product(const CS_NUMERIC &m1, const CS_NUMERIC &m2) {
+    return m1.scale < m1.precision && m2.scale < m2.precision && m1.precision + m2.precision < CS_MAX_PREC;
+}
+
+// Such a product, of a longer factor whose values take A limbs and a shorter one of B: nothing is to be rescaled.
+template <int A, int B>
+[[gnu::noinline]] CS_RETCODE multiply_plainly(const CS_NUMERIC &longer, const CS_NUMERIC &shorter, CS_NUMERIC &result) {
+    const int digits = longer.precision + shorter.precision;
+    const Number<A> a = {load_value_exactly<A>(longer, BYTES_OF_PRECISION[longer.precision]), longer.array[0] != 0};
+    const Number<B> b = {load_value_exactly<B>(shorter, BYTES_OF_PRECISION[shorter.precision]), shorter.array[0] != 0};
+    return multiply_numbers<std::min(A + B - 1, MAGNITUDE_LIMBS)>(a, b, result, digits, 0,
+                                                                  {digits + 1, longer.scale + shorter.scale});
+}
+
+// The product of any factors.
+[[gnu::noinline]] CS_RETCODE multiply_and_rescale(const CS_NUMERIC &m1, const CS_NUMERIC &m2, CS_NUMERIC &result) {
+    constexpr int N = MAGNITUDE_LIMBS;
+    const Shape shape = shape_of_product(m1, m2);
+    return multiply_numbers<1>(load_number<N>(m1), load_number<N>(m2), result, m1.precision + m2.precision,
+                               shape.scale - (m1.scale + m2.scale), shape);
 }
 
 } // namespace
@@ -90,13 +140,13 @@ CS_RETCODE comn_num_addorsub(CS_NUMERIC *oper1, CS_NUMERIC *oper2, CS_NUMERIC *r
     COM_REQUIRE_PTR(oper2, CS_FAIL);
     COM_REQUIRE_PTR(result, CS_FAIL);
     COM_REQUIRE(operation == dlx::ADD || operation == dlx::SUBTRACT, CS_FAIL);
+    if (dlx::is_plain_sum(*oper1, *oper2)) [[likely]]
+        return dlx::with_constant_limbs(dlx::limbs_of_precision(oper1->precision), [&](auto limbs) {
+            return dlx::add_plainly<limbs>(*oper1, *oper2, *result, operation);
+        });
     if (!dlx::is_valid(*oper1) || !dlx::is_valid(*oper2))
         return COM_TRACE(CS_EDOMAIN);
-    const dlx::Shape common = dlx::common_shape(*oper1, *oper2);
-    const dlx::Shape shape = dlx::shape_of_sum(common);
-    return dlx::with_constant_limbs(dlx::limbs_of_precision(shape.precision), [&](auto limbs) {
-        return dlx::add_or_subtract_values<limbs>(*oper1, *oper2, *result, operation, common, shape);
-    });
+    return dlx::align_and_add(*oper1, *oper2, *result, operation);
 }
 
 CS_RETCODE comn_numadd(CS_NUMERIC *add1p, CS_NUMERIC *add2p, CS_NUMERIC *sump) {
@@ -111,12 +161,21 @@ CS_RETCODE comn_nummul(CS_NUMERIC *m1, CS_NUMERIC *m2, CS_NUMERIC *result) {
     COM_REQUIRE_PTR(m1, CS_FAIL);
     COM_REQUIRE_PTR(m2, CS_FAIL);
     COM_REQUIRE_PTR(result, CS_FAIL);
+    if (dlx::is_plain_product(*m1, *m2)) [[likely]] {
+        const CS_NUMERIC &longer = m1->precision >= m2->precision ? *m1 : *m2;
+        const CS_NUMERIC &shorter = m1->precision >= m2->precision ? *m2 : *m1;
+        return dlx::with_constant_limbs(dlx::limbs_of_precision(longer.precision), [&](auto a_limbs) {
+            return dlx::with_constant_limbs(dlx::limbs_of_precision(shorter.precision), [&](auto b_limbs) {
+                // 76 digits leave no longer pairs.
+                constexpr int A = a_limbs;
+                constexpr int B = std::min({int{b_limbs}, A, dlx::MAGNITUDE_LIMBS + 1 - A});
+                return dlx::multiply_plainly<A, B>(longer, shorter, *result);
+            });
+        });
+    }
     if (!dlx::is_valid(*m1) || !dlx::is_valid(*m2))
         return COM_TRACE(CS_EDOMAIN);
-    const dlx::Shape shape = dlx::shape_of_product(*m1, *m2);
-    return dlx::with_constant_limbs(
-        dlx::limbs_of_precision(std::max(m1->precision, m2->precision)),
-        [&](auto limbs) { return dlx::multiply_values<limbs>(*m1, *m2, *result, shape); });
+    return dlx::multiply_and_rescale(*m1, *m2, *result);
 }
 
 CS_RETCODE comn_numdivide(CS_NUMERIC *dividend, CS_NUMERIC *divisor, CS_NUMERIC *quot) {
@@ -131,14 +190,12 @@ CS_RETCODE comn_numdivide(CS_NUMERIC *dividend, CS_NUMERIC *divisor, CS_NUMERIC 
     const dlx::Number<N> b = dlx::load_number<N>(*divisor);
     dlx::Number<N> quotient = {};
     int code = NUME_DIVZERO; // of every zero, also where the scaled operands would not fit the division
-    if (!is_zero(b.magnitude)) {
-        int remaining;
+    if (!is_zero(b.magnitude))
         code = dlx::divide(a, dlx::length_of_precision(dividend->precision), b,
-                           dlx::length_of_precision(divisor->precision),
-                           shape.scale - dividend->scale + divisor->scale, dlx::room_of(shape), quotient, remaining);
-    }
-    dlx::write(*quot, shape, quotient);
-    return dlx::traced(dlx::status_of_code(code));
+                           dlx::length_of_precision(divisor->precision), shape.scale - dividend->scale + divisor->scale,
+                           dlx::room_of(shape), quotient, nullptr);
+    dlx::write<1>(*quot, shape, quotient);
+    return code == NUME_OK ? CS_SUCCEED : COM_TRACE(dlx::status_of_code(code));
 }
 
 int comn_numcmp(CS_NUMERIC *n1, CS_NUMERIC *n2) {

@@ -15,12 +15,12 @@ constexpr int MAX_RECORD_BYTES = 136;
 constexpr int RECORD_LIMBS = MAX_RECORD_BYTES / LIMB_BYTES;
 
 // A record that can be worked on: the report is made on the line of the function it was passed to.
-#define COM_REQUIRE_RECORD(record, ...)                                                                 \
-    do {                                                                                                \
-        COM_REQUIRE_PTR(record, __VA_ARGS__);                                                           \
-        COM_REQUIRE((record)->len >= 0 && (record)->len <= ::dlx::MAX_RECORD_BYTES, __VA_ARGS__);        \
-        if ((record)->len != 0)                                                                         \
-            COM_REQUIRE_PTR((record)->value, __VA_ARGS__);                                              \
+#define COM_REQUIRE_RECORD(record, ...)                                                                                \
+    do {                                                                                                               \
+        COM_REQUIRE_PTR(record, __VA_ARGS__);                                                                          \
+        COM_REQUIRE((record)->len >= 0 && (record)->len <= ::dlx::MAX_RECORD_BYTES, __VA_ARGS__);                      \
+        if ((record)->len != 0)                                                                                        \
+            COM_REQUIRE_PTR((record)->value, __VA_ARGS__);                                                             \
     } while (0)
 
 // A record of no bytes, or of a sign alone, is zero.
@@ -31,7 +31,9 @@ inline Room room_of(const __CONSTANT &record) { return {magnitude_bytes(record),
 
 template <int N>
 inline Number<N> load_number(const __CONSTANT &record) {
-    return {load_limbs<N>(record.value + 1, magnitude_bytes(record)), is_negative(record)};
+    if (record.len <= 1) // there may be no value to point into
+        return {{}, is_negative(record)};
+    return {load_limbs<N>(record.value + 1, record.len - 1), record.value[0] != 0};
 }
 
 // Writes sign and low bytes. False when non-zero bytes were dropped.

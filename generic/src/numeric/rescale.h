@@ -21,19 +21,15 @@ inline Number<N> load_number(const CS_NUMERIC &numeric) {
     return {load_value<N>(numeric, BYTES_OF_PRECISION[numeric.precision]), numeric.array[0] != 0};
 }
 
-// Writes the bytes that the shape uses, and no other. They take exactly N limbs.
-template <int N>
-inline void write_exactly(CS_NUMERIC &numeric, const Shape &shape, const Number<N> &number) {
+// Writes the bytes that the shape uses, and no other. FEWEST to N limbs hold the shape's values.
+template <int FEWEST, int N>
+inline void write(CS_NUMERIC &numeric, const Shape &shape, const Number<N> &number) {
+    const int bytes = BYTES_OF_PRECISION[shape.precision];
     numeric.precision = static_cast<CS_BYTE>(shape.precision);
     numeric.scale = static_cast<CS_BYTE>(shape.scale);
     numeric.array[0] = number.negative;
-    store_value<N>(numeric, number.magnitude.at, BYTES_OF_PRECISION[shape.precision]);
-}
-
-// The same for a shape of any precision.
-inline void write(CS_NUMERIC &numeric, const Shape &shape, const Number<MAGNITUDE_LIMBS> &number) {
-    with_constant_limbs(limbs_of_precision(shape.precision), [&](auto limbs) {
-        write_exactly<limbs>(numeric, shape, {resize<limbs, MAGNITUDE_LIMBS>(number.magnitude.at), number.negative});
+    with_constant_limbs<FEWEST, std::min(N, MAGNITUDE_LIMBS)>(limbs_of_precision(shape.precision), [&](auto limbs) {
+        store_value<limbs>(numeric, number.magnitude.at, bytes);
     });
 }
 
@@ -67,7 +63,7 @@ inline CS_RETCODE numeric_to_numeric(const CS_NUMERIC &source, CS_NUMERIC &dest,
     const CS_BYTE sign = source.array[0];
     Number<MAGNITUDE_LIMBS> number = load_number<MAGNITUDE_LIMBS>(source);
     const CS_RETCODE status = reshape(number, from, to);
-    write(dest, to, number);
+    write<1>(dest, to, number);
     if (from.scale == to.scale)
         dest.array[0] = sign; // only a rescale makes a sign anew
     return status;

@@ -25,10 +25,20 @@ inline Limbs<N> load_value(const CS_NUMERIC &value, int bytes) {
     const CS_BYTE *const first = value.array + 1;
     const limb top = load_big_endian(first) >> (-8 * bytes & 63);
     Limbs<N> m;
-    for (int i = 0; i < N; ++i) {
+    each_limb<N>([&](auto i) {
         const int ahead = bytes - (i + 1) * LIMB_BYTES; // bytes above this limb
         m.at[i] = ahead > 0 ? load_big_endian(first + ahead) : ahead > -LIMB_BYTES ? top : 0;
-    }
+    });
+    return m;
+}
+
+// The same where the bytes take exactly N limbs: straight code.
+template <int N>
+inline Limbs<N> load_value_exactly(const CS_NUMERIC &value, int bytes) {
+    const CS_BYTE *const first = value.array + 1;
+    Limbs<N> m;
+    m.at[N - 1] = load_big_endian(first) >> (-8 * bytes & 63);
+    each_limb<N - 1>([&](auto i) { m.at[i] = load_big_endian(first + bytes - (i + 1) * LIMB_BYTES); });
     return m;
 }
 
@@ -42,24 +52,17 @@ inline void store_value(CS_NUMERIC &value, const limb *limbs, int bytes) {
         // The first eight bytes are those of the top limb and as many of the next one as it lacks.
         const int missing = -8 * bytes & 63;
         store_big_endian(first, limbs[N - 1] << missing | limbs[N - 2] >> 1 >> (63 - missing));
-        for (int i = N - 2; i >= 0; --i)
-            store_big_endian(first + bytes - (i + 1) * LIMB_BYTES, limbs[i]);
+        each_limb<N - 1>([&](auto i) { store_big_endian(first + bytes - (i + 1) * LIMB_BYTES, limbs[i]); });
     }
 }
 
-// Runs `work` with the count of limbs (1 to 4) as a constant: the loops over limbs then are straight code.
-template <class Work>
+// Runs `work` with the count of limbs, FEWEST to MOST, as a constant: what it does to each limb is straight code.
+template <int FEWEST = 1, int MOST = MAGNITUDE_LIMBS, class Work>
 [[gnu::always_inline]] inline auto with_constant_limbs(int limbs, Work work) {
-    switch (limbs) {
-    case 1:
-        return work(std::integral_constant<int, 1>());
-    case 2:
-        return work(std::integral_constant<int, 2>());
-    case 3:
-        return work(std::integral_constant<int, 3>());
-    default:
-        return work(std::integral_constant<int, 4>());
-    }
+    if constexpr (FEWEST < MOST)
+        if (limbs != FEWEST)
+            return with_constant_limbs<FEWEST + 1, MOST>(limbs, work);
+    return work(std::integral_constant<int, FEWEST>());
 }
 
 } // namespace dlx
