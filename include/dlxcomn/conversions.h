@@ -1,7 +1,7 @@
 /*
  * conversions.h - the conversions between datatypes, by source. convert.h tells their common contract.
  *
- * Numbers out of range are stored saturated. Text of a number is never cut: where it does not fit, the
+ * Numbers out of range are stored saturated. Text of an integer or float is never cut: where it does not fit, the
  * destination shows a single "*" (if it has room for two bytes or more) and the status is CS_EOVERFLOW. To
  * CS_BINARY and its kin a number goes as its bytes in memory order, cut to fit with CS_ETRUNCATED.
  */

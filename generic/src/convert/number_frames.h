@@ -23,7 +23,7 @@ inline CS_RETCODE range_status(const Conversion &call, int code) {
     return failed(call.member, code == NUME_UNDERFLOW ? CS_EUNDERFLOW : CS_EOVERFLOW);
 }
 
-// Only a bit has bytes that are no value of its type. Its members look at the byte before they write anything.
+// A bit has bytes that are no value of its type, and so has a numeric. Their members look before they write anything.
 template <class Source>
 constexpr bool is_value(const typename Source::value_type &) {
     return true;
