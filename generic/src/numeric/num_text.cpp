@@ -146,8 +146,15 @@ bool read_plain(const char *p, const char *end, const Target &target, Reading &r
     if (sig > target.max_digits || frac > target.scale)
         return false;
 
-    append_digits(reading.magnitude, whole_first, static_cast<int>(whole_end - whole_first));
-    append_digits(reading.magnitude, fraction_first, static_cast<int>(fraction_end - fraction_first));
+    const auto whole_count = static_cast<int>(whole_end - whole_first);
+    const auto fraction_count = static_cast<int>(fraction_end - fraction_first);
+    if (whole_count + fraction_count <= LIMB_DIGITS) { // most values are one limb
+        reading.magnitude.at[0] = read_limb(whole_first, whole_count) * small_power_of_ten(fraction_count) +
+                                  read_limb(fraction_first, fraction_count);
+    } else {
+        append_digits(reading.magnitude, whole_first, whole_count);
+        append_digits(reading.magnitude, fraction_first, fraction_count);
+    }
     reading.negative = negative;
     reading.frac = frac;
     reading.seen = (whole_end - whole) + frac;
