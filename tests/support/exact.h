@@ -160,6 +160,21 @@ inline Big random_digits(Random &random, int digits) {
     }
 }
 
+// The longest record that the core takes.
+constexpr int LONGEST_RECORD = 136;
+
+// Lengths as callers have them: mostly those of values, some of work records, and none at all.
+inline int random_length(Random &random) {
+    switch (pick(random, 0, 9)) {
+    case 0:
+        return pick(random, 0, 3);
+    case 1:
+        return pick(random, 34, LONGEST_RECORD);
+    default:
+        return pick(random, 2, 33);
+    }
+}
+
 constexpr CS_BYTE GUARD = 0xA7;
 
 // A record with memory of its own: a sign byte, a magnitude, and guards around them.

@@ -73,7 +73,7 @@ int com__exctnume_intmul(__CONSTANT *a, __CONSTANT *b, __CONSTANT *r) {
         constexpr int N = limbs;
         const dlx::Number<N> x = dlx::load_number<N>(*a);
         const dlx::Number<N> y = dlx::load_number<N>(*b);
-        const dlx::Limbs<2 *N> product = dlx::multiply_all(x.magnitude, y.magnitude);
+        const auto product = dlx::multiply_all(x.magnitude, y.magnitude);
         const bool fits = dlx::fits_bytes(product, dlx::magnitude_bytes(*r));
         const bool negative = fits && x.negative != y.negative && !dlx::is_zero(product);
         dlx::store_number(dlx::Number<2 * N>{product, negative}, *r);
