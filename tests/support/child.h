@@ -6,6 +6,9 @@
 #include <cstdlib>
 #include <string>
 
+#include <poll.h>
+#include <signal.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,6 +34,18 @@ struct Ending {
     bool killed(int signal) const { return WIFSIGNALED(status) && WTERMSIG(status) == signal; }
 };
 
+// Waits for a child to end, and ends it where it would take more than a minute.
+inline int status_of_child(pid_t child) {
+    const int handle = static_cast<int>(syscall(SYS_pidfd_open, child, 0));
+    pollfd ended = {handle, POLLIN, 0};
+    if (poll(&ended, 1, 60'000) != 1)
+        kill(child, SIGKILL);
+    close(handle);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return status;
+}
+
 // Runs `code` in a child process. `code` is given a descriptor that outlives standard error, for notes. When
 // it comes back the child leaves at once, without flushing anything.
 template <class Code>
@@ -45,7 +60,7 @@ Ending in_child(Code code) {
         _exit(0);
     }
     Ending ending;
-    waitpid(child, &ending.status, 0);
+    ending.status = status_of_child(child);
     ending.out = content_of(fileno(files[0]));
     ending.err = content_of(fileno(files[1]));
     ending.notes = content_of(fileno(files[2]));
@@ -61,5 +76,12 @@ inline void note(int notes, const std::string &text) {
 }
 
 } // namespace support
+
+// A check inside a child: where it fails the notes say so, and the test expects them to be empty.
+#define CHILD_CHECK(notes, condition)                                                            \
+    do {                                                                                         \
+        if (!(condition))                                                                        \
+            ::support::note(notes, "line " + std::to_string(__LINE__) + ": " #condition "\n"); \
+    } while (0)
 
 #endif

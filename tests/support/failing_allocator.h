@@ -8,6 +8,7 @@
 #define TESTS_SUPPORT_FAILING_ALLOCATOR_H
 
 #include <cstddef>
+#include <cstring>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define REAL_ALLOCATOR(function) __interceptor_##function
@@ -43,6 +44,12 @@ public:
     int asked() const { return asked_; }
     // Allocations made less allocations released.
     int held() const { return held_; }
+    // Keeps the bytes that `memory` has at its release.
+    void watch(const void *memory, void *image, std::size_t size) {
+        watched_ = memory;
+        image_ = image;
+        size_ = size;
+    }
 
     BEFORE_SANITIZER static bool refuses() {
         FailingAllocator *self = current_;
@@ -58,8 +65,11 @@ public:
         return memory;
     }
     BEFORE_SANITIZER static void released(const void *memory) {
-        if (current_ != nullptr && memory != nullptr)
-            --current_->held_;
+        if (current_ == nullptr || memory == nullptr)
+            return;
+        --current_->held_;
+        if (memory == current_->watched_)
+            std::memcpy(current_->image_, memory, current_->size_);
     }
 
 private:
@@ -68,6 +78,9 @@ private:
     Span span_;
     int asked_ = 0;
     int held_ = 0;
+    const void *watched_ = nullptr;
+    void *image_ = nullptr;
+    std::size_t size_ = 0;
 };
 
 } // namespace support
