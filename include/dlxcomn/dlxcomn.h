@@ -4,6 +4,7 @@
 #ifndef DLXCOMN_DLXCOMN_H
 #define DLXCOMN_DLXCOMN_H
 
+#include <dlxcomn/appglobal.h>
 #include <dlxcomn/charset.h>
 #include <dlxcomn/constant.h>
 #include <dlxcomn/context.h>
@@ -11,11 +12,17 @@
 #include <dlxcomn/convert.h>
 #include <dlxcomn/datetime.h>
 #include <dlxcomn/diag.h>
+#include <dlxcomn/list.h>
 #include <dlxcomn/locale.h>
 #include <dlxcomn/locator.h>
 #include <dlxcomn/money.h>
 #include <dlxcomn/null.h>
 #include <dlxcomn/numeric.h>
+#include <dlxcomn/path.h>
+#include <dlxcomn/pool.h>
+#include <dlxcomn/services.h>
+#include <dlxcomn/signals.h>
+#include <dlxcomn/thread.h>
 #include <dlxcomn/types.h>
 
 #endif
