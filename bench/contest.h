@@ -51,6 +51,7 @@ void enter_numeric_text_rows();
 void enter_numeric_rows();
 void enter_money_rows();
 void enter_dispatch_rows();
+void enter_pool_rows();
 
 } // namespace bench
 

@@ -8,6 +8,7 @@ int main(int argc, char **argv) {
     bench::enter_numeric_rows();
     bench::enter_money_rows();
     bench::enter_dispatch_rows();
+    bench::enter_pool_rows();
 
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
