@@ -25,6 +25,7 @@ Converts values between the forty datatypes, each through the conversion matrix 
   types     list the datatypes with their width and layout
   matrix    draw the conversion matrix, or name the function of one pair
   tour      show what conversions do with values that do not fit
+  paths     print where files lie for this environment, and whether they can be read
 
   --help     this text; dlxcomn COMMAND --help tells about one command
   --version  the version
@@ -43,6 +44,7 @@ constexpr Subcommand SUBCOMMANDS[] = {
     {"types", run_types},
     {"matrix", run_matrix},
     {"tour", run_tour},
+    {"paths", run_paths},
 };
 
 const Subcommand *find_subcommand(std::string_view name) {

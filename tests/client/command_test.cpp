@@ -93,7 +93,8 @@ INSTANTIATE_TEST_SUITE_P(
                     HelpCase{{"help", "convert"}, "usage: dlxcomn convert --to"},
                     HelpCase{{"types", "--help"}, "usage: dlxcomn types\n"},
                     HelpCase{{"matrix", "--help"}, "usage: dlxcomn matrix ["},
-                    HelpCase{{"tour", "--help"}, "usage: dlxcomn tour\n"}));
+                    HelpCase{{"tour", "--help"}, "usage: dlxcomn tour\n"},
+                    HelpCase{{"paths", "--help"}, "usage: dlxcomn paths ["}));
 
 TEST(Command, TellsItsVersion) { EXPECT_DONE(dlxcomn({"--version"}), "dlxcomn 1.0.0\n"); }
 
@@ -106,7 +107,7 @@ TEST(Command, WithoutArgumentsTellsItsUsageAsAnError) {
 
 TEST(Command, SuggestsASubcommand) {
     EXPECT_MISUSED(dlxcomn({"covnert"}), "no command \"covnert\"; did you mean convert?");
-    EXPECT_MISUSED(dlxcomn({"zzz"}), "there are convert, types, matrix and tour");
+    EXPECT_MISUSED(dlxcomn({"zzz"}), "there are convert, types, matrix, tour and paths");
     EXPECT_MISUSED(dlxcomn({"help", "zzz"}), "no command \"zzz\"");
 }
 
