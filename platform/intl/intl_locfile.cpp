@@ -25,7 +25,8 @@ struct Reader {
     int valuelen;     // bytes of the present value
     size_t begin;     // unread bytes of the block
     size_t end;
-    char name[LINE_BYTES + 1]; // the present section name or key
+    char *name; // the present section name or key: in its field, or in long_name
+    char long_name[LINE_BYTES + 1];
     char block[BLOCK_BYTES];
 };
 
@@ -45,6 +46,12 @@ const char *trim_end(const char *begin, const char *end) {
     return end;
 }
 
+// The first such byte, or the end.
+const char *find(const char *begin, const char *end, char byte) {
+    const void *found = std::memchr(begin, byte, static_cast<size_t>(end - begin));
+    return found != nullptr ? static_cast<const char *>(found) : end;
+}
+
 int hex_digit(char c) {
     if (c >= '0' && c <= '9')
         return c - '0';
@@ -58,6 +65,16 @@ void put_text(char *to, size_t room, const char *begin, const char *end) {
     const size_t count = length < room ? length : room - 1;
     std::memcpy(to, begin, count);
     to[count] = '\0';
+}
+
+// Puts a name into its field of INTL_LOCFILE. Answers where it stands whole.
+template <size_t ROOM>
+char *put_name(Reader &reader, char (&field)[ROOM], const char *begin, const char *end) {
+    put_text(field, ROOM, begin, end);
+    if (static_cast<size_t>(end - begin) < ROOM)
+        return field;
+    put_text(reader.long_name, sizeof reader.long_name, begin, end);
+    return reader.long_name;
 }
 
 // Moves the unread bytes to the front of the block and reads more behind them. False at the end of the file
@@ -146,14 +163,13 @@ bool take_section(INTL_LOCFILE &ifile, Reader &reader) {
     if (end == begin || end[-1] != ifile.rightsection)
         return false;
     --end;
-    if (std::memchr(begin, ifile.rightsection, static_cast<size_t>(end - begin)) != nullptr)
+    if (find(begin, end, ifile.rightsection) != end)
         return false;
     begin = skip_blanks(begin, end);
     end = trim_end(begin, end);
     if (begin == end)
         return false;
-    put_text(reader.name, sizeof reader.name, begin, end);
-    put_text(ifile.section, sizeof ifile.section, begin, end);
+    reader.name = put_name(reader, ifile.section, begin, end);
     return true;
 }
 
@@ -161,12 +177,11 @@ bool take_section(INTL_LOCFILE &ifile, Reader &reader) {
 bool take_key(INTL_LOCFILE &ifile, Reader &reader) {
     const char *begin = ifile.line + ifile.linepos;
     const char *line_end = ifile.line + ifile.linelen;
-    const auto *equals = static_cast<const char *>(std::memchr(begin, '=', static_cast<size_t>(line_end - begin)));
-    if (equals == nullptr)
+    const char *equals = find(begin, line_end, '=');
+    if (equals == line_end)
         return false;
     const char *end = trim_end(begin, equals);
-    put_text(reader.name, sizeof reader.name, begin, end);
-    put_text(ifile.entry, sizeof ifile.entry, begin, end);
+    reader.name = put_name(reader, ifile.entry, begin, end);
     const char *values = skip_blanks(equals + 1, line_end);
     ifile.linepos = static_cast<int>(values - ifile.line);
     ifile.end_of_list = values == line_end; // "key =" has no value
@@ -177,15 +192,20 @@ bool take_key(INTL_LOCFILE &ifile, Reader &reader) {
 // stay. Answers where reading goes on, or null when the quote does not end the value.
 const char *take_quoted(INTL_LOCFILE &ifile, Reader &reader, const char *p, const char *line_end) {
     const char *begin = p;
-    while (p < line_end && *p != ifile.quote_char)
-        p += *p == ifile.escape ? 2 : 1;
-    if (p >= line_end) {
+    const char *quote = find(p, line_end, ifile.quote_char);
+    for (const char *escape; (escape = find(p, quote, ifile.escape)) != quote;) {
+        // The byte behind it may be the quote, or lie behind the line.
+        p = escape + 1 < line_end ? escape + 2 : line_end;
+        if (p > quote)
+            quote = find(p, line_end, ifile.quote_char);
+    }
+    if (quote == line_end) {
         reader.failure = INTL_EUNTERMINATED;
         return nullptr;
     }
-    reader.valuelen = static_cast<int>(p - begin);
-    put_text(ifile.value, sizeof ifile.value, begin, p);
-    p = skip_blanks(p + 1, line_end);
+    reader.valuelen = static_cast<int>(quote - begin);
+    put_text(ifile.value, sizeof ifile.value, begin, quote);
+    p = skip_blanks(quote + 1, line_end);
     if (p < line_end && *p != ifile.list_sep) {
         reader.failure = INTL_EUNTERMINATED;
         return nullptr;
@@ -193,39 +213,49 @@ const char *take_quoted(INTL_LOCFILE &ifile, Reader &reader, const char *p, cons
     return p;
 }
 
+// The byte that an escape stands for; p is behind the backslash and goes behind the escape. False for a bad one.
+bool take_escape(const char *&p, const char *line_end, char &byte) {
+    if (p == line_end)
+        return false;
+    if (*p != 'x') {
+        byte = *p++;
+        return true;
+    }
+    const int high = line_end - p > 2 ? hex_digit(p[1]) : -1;
+    const int low = high >= 0 ? hex_digit(p[2]) : -1;
+    if (low < 0)
+        return false;
+    byte = static_cast<char>(high << 4 | low);
+    p += 3;
+    return true;
+}
+
 // A plain value ends at a separator. Escapes are decoded, and blanks around it do not count unless escaped.
+// What stands between two escapes is copied at once.
 const char *take_plain(INTL_LOCFILE &ifile, Reader &reader, const char *p, const char *line_end) {
     char *out = ifile.value;
-    char *kept = ifile.value; // behind the last byte that trimming must leave
-    while (p < line_end && *p != ifile.list_sep) {
-        if (*p != ifile.escape) {
-            *out++ = *p;
-            if (!is_blank(*p++))
-                kept = out;
-            continue;
-        }
-        const char *escaped = p + 1;
-        if (escaped == line_end) {
+    char *decoded = out; // behind the last byte that came from an escape: trimming leaves it
+    const char *separator = find(p, line_end, ifile.list_sep);
+    for (;;) {
+        const char *end = find(p, separator, ifile.escape);
+        const auto count = static_cast<size_t>(end - p);
+        std::memcpy(out, p, count);
+        out += count;
+        p = end;
+        if (p == separator)
+            break;
+        if (!take_escape(++p, line_end, *out)) {
             reader.failure = INTL_EBADESCAPE;
             return nullptr;
         }
-        if (*escaped == 'x') {
-            const int high = line_end - escaped > 2 ? hex_digit(escaped[1]) : -1;
-            const int low = high >= 0 ? hex_digit(escaped[2]) : -1;
-            if (low < 0) {
-                reader.failure = INTL_EBADESCAPE;
-                return nullptr;
-            }
-            *out++ = static_cast<char>(high << 4 | low);
-            p = escaped + 3;
-        } else {
-            *out++ = *escaped;
-            p = escaped + 1;
-        }
-        kept = out;
+        decoded = ++out;
+        if (p > separator) // it was the escaped byte
+            separator = find(p, line_end, ifile.list_sep);
     }
-    *kept = '\0';
-    reader.valuelen = static_cast<int>(kept - ifile.value);
+    while (out > decoded && is_blank(out[-1]))
+        --out;
+    *out = '\0';
+    reader.valuelen = static_cast<int>(out - ifile.value);
     return p;
 }
 
@@ -259,7 +289,7 @@ int intl_open(const char *path, INTL_LOCFILE *ifile) {
     reader->line_waits = reader->exhausted = false;
     reader->valuelen = 0;
     reader->begin = reader->end = 0;
-    reader->name[0] = '\0';
+    reader->name = nullptr;
 
     ifile->version = 1;
     ifile->comment_char = ';';
