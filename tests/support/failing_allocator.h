@@ -7,6 +7,7 @@
 #ifndef TESTS_SUPPORT_FAILING_ALLOCATOR_H
 #define TESTS_SUPPORT_FAILING_ALLOCATOR_H
 
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 
@@ -56,8 +57,11 @@ public:
         if (self == nullptr)
             return false;
         ++self->asked_;
-        return self->failing_ != 0 &&
-               (self->span_ == ONCE ? self->asked_ == self->failing_ : self->asked_ >= self->failing_);
+        if (self->failing_ == 0 || self->asked_ < self->failing_ ||
+            (self->span_ == ONCE && self->asked_ != self->failing_))
+            return false;
+        errno = ENOMEM; // the C library counts on it
+        return true;
     }
     BEFORE_SANITIZER static void *made(void *memory) {
         if (current_ != nullptr && memory != nullptr)

@@ -34,6 +34,7 @@ bool eventually(Condition condition) {
 struct Task {
     char state = '?';          // S while it waits
     std::uint64_t blocked = 0; // signal n is bit n - 1
+    std::uint64_t pending = 0; // those sent to the thread itself
 
     bool blocks(int signal) const { return (blocked >> (signal - 1) & 1) != 0; }
 };
@@ -46,6 +47,8 @@ inline Task task_of(pid_t id) {
             status >> task.state;
         else if (word == "SigBlk:" && status >> word)
             task.blocked = std::strtoull(word.c_str(), nullptr, 16);
+        else if (word == "SigPnd:" && status >> word)
+            task.pending = std::strtoull(word.c_str(), nullptr, 16);
     }
     return task;
 }

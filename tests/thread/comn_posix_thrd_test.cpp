@@ -2,21 +2,18 @@
 // depth, and what a broken contract does in both modes of an assertion.
 #include "support/assertions.h"
 #include "support/failing_allocator.h"
+#include "support/failing_system.h"
 #include "support/tasks.h"
 
 #include <atomic>
 #include <thread>
 #include <vector>
 
-// The first cancellation of a process loads a library of the system's. What the loader keeps for it is not counted
-// as its own here, because this program interposes malloc.
-extern "C" const char *__lsan_default_suppressions();
-extern "C" const char *__lsan_default_suppressions() { return "leak:_dl_map_object_deps\n"; }
-
 namespace {
 
 using support::eventually;
 using support::FailingAllocator;
+using support::FailingSystem;
 using support::ReturningAssertions;
 using support::Runner;
 using support::sleeps;
@@ -342,17 +339,26 @@ TEST(Mutex, TryOfAMutexThatAnotherThreadHoldsFailsWhereAssertionsReturn) {
 }
 
 TEST(MutexDeathTest, AFailingSystemMutexIsAnAssertion) {
-    COMN_MUTEX broken = {};
-    broken.magic = COMN_MUTEX_MAGIC;
-    broken.owner = NOBODY;
-    broken.mutex.__data.__kind = 127; // of no kind that the system knows
-    auto *handle = reinterpret_cast<CS_THRDRES *>(&broken);
-    EXPECT_BOMB(comn_take_mutex(handle), "comn_posix_thrd");
-    const ReturningAssertions returning;
-    EXPECT_EQ(comn_take_mutex(handle), CS_FAIL);
-    EXPECT_EQ(returning.count(), 1);
-    EXPECT_EQ(broken.owner, NOBODY);
-    EXPECT_EQ(broken.use_count, 0u);
+    const Mutex mutex;
+    {
+        const FailingSystem failing("pthread_mutex_lock");
+        EXPECT_BOMB(comn_take_mutex(mutex), "comn_posix_thrd");
+        const ReturningAssertions returning;
+        EXPECT_EQ(comn_take_mutex(mutex), CS_FAIL);
+        EXPECT_EQ(returning.count(), 1);
+        EXPECT_EQ(mutex->owner, NOBODY);
+        EXPECT_EQ(mutex->use_count, 0u);
+    }
+    comn_take_mutex(mutex);
+    {
+        const FailingSystem failing("pthread_mutex_unlock");
+        EXPECT_BOMB(comn_release_mutex(mutex), "comn_posix_thrd");
+        const ReturningAssertions returning;
+        EXPECT_EQ(comn_release_mutex(mutex), CS_FAIL);
+        EXPECT_EQ(returning.count(), 1);
+        EXPECT_EQ(mutex->owner, NOBODY); // given up as far as this library goes
+    }
+    pthread_mutex_unlock(&mutex->mutex);
 }
 
 // ---- Conditions ------------------------------------------------------------------------------------------------

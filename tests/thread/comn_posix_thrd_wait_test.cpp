@@ -342,11 +342,10 @@ TEST(Event, AFailingWaitFailsUnlocked) {
 
 TEST(Event, AFailingLockFails) {
     const Event event(CS_TRUE);
-    event->pm.__data.__kind = 127; // of no kind that the system knows
+    const FailingSystem failing("pthread_mutex_lock");
     EXPECT_EQ(comn_signal_event(event), CS_FAIL);
     EXPECT_EQ(comn_reset_event(event), CS_FAIL);
     EXPECT_EQ(comn_waitfor_event(event, 0), CS_FAIL);
-    event->pm.__data.__kind = 0;
     EXPECT_EQ(event->ev, CS_FALSE);
 }
 
@@ -506,10 +505,9 @@ TEST(Semaphore, AFailingCallFails) {
         EXPECT_EQ(comn_waitfor_sem(sem, 0), CS_FAIL);
     }
     pthread_mutex_unlock(&sem->pm);
-    sem->pm.__data.__kind = 127; // of no kind that the system knows
+    const FailingSystem failing("pthread_mutex_lock");
     EXPECT_EQ(comn_release_sem(sem), CS_FAIL);
     EXPECT_EQ(comn_waitfor_sem(sem, 1), CS_FAIL);
-    sem->pm.__data.__kind = 0;
 }
 
 TEST(SemaphoreDeathTest, NullHandlesAreAssertions) {
