@@ -53,6 +53,8 @@ Ending in_child(Code code) {
     std::fflush(nullptr);
     FILE *files[3] = {std::tmpfile(), std::tmpfile(), std::tmpfile()};
     const pid_t child = fork();
+    if (child < 0)
+        std::abort(); // there is nothing to wait for, and -1 would mean every process
     if (child == 0) {
         dup2(fileno(files[0]), STDOUT_FILENO);
         dup2(fileno(files[1]), STDERR_FILENO);

@@ -10,6 +10,11 @@ CsAppGlobal Application_global = {};
 
 namespace {
 
+// The count is changed under the mutex, and read without it where a user enters: only the first and the last user
+// see 0 there, and those must not race with anybody.
+CS_INT users_of(const CsAppGlobal &global) { return __atomic_load_n(&global.ag_accesscnt, __ATOMIC_RELAXED); }
+void set_users(CsAppGlobal &global, CS_INT users) { __atomic_store_n(&global.ag_accesscnt, users, __ATOMIC_RELAXED); }
+
 // Accounts for the first user. A failure leaves nothing behind.
 CS_RETCODE go_live(CsAppGlobal &global, CS_THREAD *ctxthread, bool is_static) {
     if (is_static) {
@@ -23,14 +28,14 @@ CS_RETCODE go_live(CsAppGlobal &global, CS_THREAD *ctxthread, bool is_static) {
         return COM_TRACE(CS_FAIL);
     }
     global.ag_ctxthread = ctxthread;
-    global.ag_accesscnt = 1;
+    set_users(global, 1);
     return CS_SUCCEED;
 }
 
 CS_RETCODE add_user(CsAppGlobal &global) {
     if (comn_take_mutex(global.ag_mtx) != CS_SUCCEED)
         return COM_TRACE(CS_FAIL);
-    ++global.ag_accesscnt;
+    set_users(global, users_of(global) + 1);
     // The list of configurations starts anew with each user: it holds what was added since the last entry.
     global.ag_cfgchain = nullptr;
     comn_release_mutex(global.ag_mtx);
@@ -55,9 +60,10 @@ CS_RETCODE com_appglobal_alloc(CsAppGlobal **global_ptr, CS_THREAD *ctxthread, C
         if (global == nullptr)
             return COM_TRACE(CS_MEM_ERROR);
     }
-    COM_REQUIRE(global->ag_accesscnt >= 0, CS_FAIL);
+    const CS_INT present = users_of(*global);
+    COM_REQUIRE(present >= 0, CS_FAIL);
 
-    const CS_RETCODE status = global->ag_accesscnt == 0 ? go_live(*global, ctxthread, is_static) : add_user(*global);
+    const CS_RETCODE status = present == 0 ? go_live(*global, ctxthread, is_static) : add_user(*global);
     if (status != CS_SUCCEED) {
         if (!is_static)
             std::free(global);
@@ -75,9 +81,9 @@ CS_RETCODE com_appglobal_drop(CsAppGlobal *appg, CS_INT flags) {
 
     if (comn_take_mutex(appg->ag_mtx) != CS_SUCCEED)
         return COM_TRACE(CS_FAIL);
-    const CS_INT users = appg->ag_accesscnt - 1;
+    const CS_INT users = users_of(*appg) - 1;
     if (users >= 0)
-        appg->ag_accesscnt = users;
+        set_users(*appg, users);
     comn_release_mutex(appg->ag_mtx);
     COM_REQUIRE(users >= 0, CS_FAIL);
     if (users != 0)

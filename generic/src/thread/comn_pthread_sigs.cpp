@@ -230,16 +230,17 @@ CS_RETCODE comn_signal_exit() {
     COM_REQUIRE(routing.initialized == 1, CS_FAIL);
     comn_take_mutex(routing.mutex);
     const bool restored = restore_original_mask();
-    if (send_command(END)) {
+    const bool told = send_command(END);
+    if (told)
         comn_yield();
-    } else {
-        close(routing.commands[0]);
-        close(routing.commands[1]);
-    }
-    comn_delete_event(routing.update_done);
+    else
+        close(routing.commands[1]); // the catcher sees the end of its pipe, or a descriptor that is none
     comn_release_mutex(routing.mutex);
     comn_delete_mutex(routing.mutex);
     const CS_RETCODE joined = comn_join_thread(routing.catcher);
+    comn_delete_event(routing.update_done); // both are in use until the catcher has ended
+    if (!told)
+        close(routing.commands[0]);
     routing.initialized = 0;
     COM_REQUIRE(restored, CS_FAIL);
     return joined;
