@@ -10,6 +10,7 @@
 #include <dlxcomn/context.h>
 #include <dlxcomn/conversions.h>
 #include <dlxcomn/convert.h>
+#include <dlxcomn/datetext.h>
 #include <dlxcomn/datetime.h>
 #include <dlxcomn/diag.h>
 #include <dlxcomn/list.h>
