@@ -465,8 +465,7 @@ TEST(AmCheck, Morning) {
         CS_DATEREC record = untouched_record();
         record.datehour = hour;
         EXPECT_EQ(com__amcheck(&record, 0), hour > 12 ? 1 : 0) << hour;
-        if (hour <= 12)
-            EXPECT_EQ(record.datehour, hour == 12 ? 0 : hour);
+        EXPECT_EQ(record.datehour, hour == 12 ? 0 : hour) << "which stays where it contradicts";
         EXPECT_EQ(record.dateminute, UNTOUCHED);
     }
 }
@@ -475,8 +474,7 @@ TEST(AmCheck, Afternoon) {
         CS_DATEREC record = untouched_record();
         record.datehour = hour;
         EXPECT_EQ(com__amcheck(&record, 1), hour == 0 ? 1 : 0) << hour;
-        if (hour != 0)
-            EXPECT_EQ(record.datehour, hour < 12 ? hour + 12 : hour); // 13 PM is 13
+        EXPECT_EQ(record.datehour, hour > 0 && hour < 12 ? hour + 12 : hour) << "13 PM is 13";
     }
 }
 TEST(YearOfTwoDigits, NinetyNineOfTheTwoCenturies) {

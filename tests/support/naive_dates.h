@@ -11,6 +11,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -38,16 +39,18 @@ inline DateCharacter date_character(std::string_view text, const CHAR_ATTRIB *se
     return character;
 }
 
-// Normalized character by character; one with no normal form is copied as it stands.
-inline std::string date_word(std::string_view text, const CHAR_ATTRIB *set) {
+// Normalized character by character; one with no normal form is copied as it stands. Nothing where the end cuts one.
+inline std::optional<std::string> date_word(std::string_view text, const CHAR_ATTRIB *set) {
     std::string normal;
     while (!text.empty()) {
         const DateCharacter character = date_character(text, set);
-        if (character.ascii != 0 && !character.cut)
+        if (character.cut)
+            return std::nullopt;
+        if (character.ascii != 0)
             normal += static_cast<char>(character.ascii);
         else
             normal += text.substr(0, character.bytes);
-        text.remove_prefix(std::min(character.bytes, text.size()));
+        text.remove_prefix(character.bytes);
     }
     return normal;
 }
@@ -55,8 +58,8 @@ inline std::string date_word(std::string_view text, const CHAR_ATTRIB *set) {
 inline int date_lookup(std::string_view word, const char *const *list, int count, const CHAR_ATTRIB *set) {
     if (word.size() > 30)
         return -1;
-    const std::string wanted = date_word(word, set);
-    for (int i = 0; i < count; ++i)
+    const std::optional<std::string> wanted = date_word(word, set);
+    for (int i = 0; wanted && i < count; ++i)
         if (std::strlen(list[i]) <= 30 && date_word(list[i], set) == wanted)
             return i;
     return -1;
