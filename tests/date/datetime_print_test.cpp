@@ -282,9 +282,10 @@ TEST(DateStyles, UnknownOnesLeaveTheRoomAlone) {
 using Random = std::mt19937_64;
 
 CS_INT any_number(Random &random) {
-    static constexpr CS_INT EDGES[] = {INT_MIN, INT_MIN + 1, -2147483, -1000, -500, -499, -12, -1,      0,
-                                       9,       10,          11,       12,    13,   23,   24,  99,      100,
-                                       999,     1000,        9999,     10000, 123456789, INT_MAX - 499, INT_MAX};
+    static constexpr CS_INT EDGES[] = {INT_MIN, INT_MIN + 1, -2147483, -1000, -500, -499,  -12,       -1,
+                                       0,       9,           10,       11,    12,   13,    23,        24,
+                                       99,      100,         999,      1000,  9999, 10000, 123456789, INT_MAX - 499,
+                                       INT_MAX};
     switch (random() % 3) {
     case 0:
         return EDGES[random() % std::size(EDGES)];
@@ -347,10 +348,10 @@ TEST(DateRecords, PrintLikeTheReferenceWhateverTheyHold) {
             record.datesecfrac = usual_or_any(random, 1000000);
             record.datesecprec = any_number(random);
             const auto pattern = support::patterns_of(engine).find(style);
-            const bool has_name = pattern != support::patterns_of(engine).end() &&
-                                  pattern->second.find("Mon") != std::string_view::npos;
-            record.datemonth = has_name ? Names::LOWEST + static_cast<CS_INT>(random() % Names::COUNT)
-                                        : usual_or_any(random, 12);
+            const bool has_name =
+                pattern != support::patterns_of(engine).end() && pattern->second.find("Mon") != std::string_view::npos;
+            record.datemonth =
+                has_name ? Names::LOWEST + static_cast<CS_INT>(random() % Names::COUNT) : usual_or_any(random, 12);
             const CS_INT secprec = random() % 2 == 0 ? 1000000 : random() % 2 == 0 ? 300 : any_number(random);
             char **list = random() % 8 == 0 ? nullptr : months.list();
             const Printed expected = naive_style(engine, record, style, list, secprec);
@@ -560,8 +561,10 @@ TEST(DateOddities, MillisecondsOfABigDateAreRoundedWithoutACarry) {
 
 TEST(DateOddities, TimeEngineHasTheDayInFrontOfTheMonth) {
     CS_DATEREC record = naive_day(DAY_2024_01_05);
-    for (const auto &[style, text] : {std::pair{21, "24/05/01 00:00:00"}, {22, "24/05/01 12:00AM"},
-                                      {121, "2024/05/01 00:00:00"}, {122, "2024/05/01 12:00AM"}})
+    for (const auto &[style, text] : {std::pair{21, "24/05/01 00:00:00"},
+                                      {22, "24/05/01 12:00AM"},
+                                      {121, "2024/05/01 00:00:00"},
+                                      {122, "2024/05/01 12:00AM"}})
         EXPECT_EQ(printed(record_print(Engine::time, record, style, names(), 300)), text);
     EXPECT_EQ(printed(record_print(Engine::time, record, 40, names(), 300)), "24-01-05 00:00:00.000000");
     EXPECT_EQ(printed(record_print(Engine::time, record, 23, names(), 300)), "2024-01-05T00:00:00");

@@ -116,8 +116,7 @@ inline std::string naive_digits(std::int64_t value, int width, char fill) {
     return digits.substr(digits.size() - static_cast<std::size_t>(width));
 }
 
-inline std::string naive_pattern(std::string_view pattern, const CS_DATEREC &record, char **shortmths,
-                                 CS_INT secprec) {
+inline std::string naive_pattern(std::string_view pattern, const CS_DATEREC &record, char **shortmths, CS_INT secprec) {
     const bool is_big = secprec == 1000000;
     const std::int64_t month = std::int64_t{record.datemonth} + 1;
     const std::int64_t micros = is_big ? record.datesecfrac : std::int64_t{record.datemsecond} * 1000;
@@ -178,9 +177,7 @@ struct Printed {
     static Printed failure(int status) { return {status, {}, false}; }
     static Printed nothing() { return {0, std::string(1, '\0'), true}; }
 
-    std::string written(int len) const {
-        return len < 0 ? text : text.substr(0, static_cast<std::size_t>(len));
-    }
+    std::string written(int len) const { return len < 0 ? text : text.substr(0, static_cast<std::size_t>(len)); }
     int answer(int len) const {
         if (status < 0)
             return status;
