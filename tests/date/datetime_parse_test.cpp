@@ -90,9 +90,9 @@ TEST(DateRecord, NegativeLengthIsAnEmptyText) {
     for (int length : {0, -1, -100}) {
         CS_DATEREC record = untouched_record();
         CS_BOOL truncated = CS_TRUE;
-        EXPECT_EQ(xdaterecfromchar(&record, text, length, 0, 0, 1, nullptr, nullptr, nullptr, CS_DATETIME_TYPE,
-                                   &truncated),
-                  99);
+        EXPECT_EQ(
+            xdaterecfromchar(&record, text, length, 0, 0, 1, nullptr, nullptr, nullptr, CS_DATETIME_TYPE, &truncated),
+            99);
         EXPECT_EQ(truncated, CS_FALSE);
     }
 }
@@ -217,11 +217,11 @@ TEST(TimeText, FractionsBelowAMillisecondAreRoundedAndTold) {
         int milliseconds;
         bool truncated;
     } cases[] = {
-        {".1", 100, false},      {".1234", 123, true},    {".1235", 124, true},    {".12345", 123, true},
-        {".12350", 124, true},   {".123499", 123, true},  {".123500", 124, true},  {".123000", 123, false},
-        {".0004", 0, true},      {".0005", 1, true},      {".000499", 0, true},    {".000500", 1, true},
-        {".9994", 999, true},    {".9996", 999, true},    {".99950", 999, true},   {".999500", 999, true},
-        {".999999", 999, true},  {".999", 999, false},    {".000000", 0, false},
+        {".1", 100, false},     {".1234", 123, true},   {".1235", 124, true},   {".12345", 123, true},
+        {".12350", 124, true},  {".123499", 123, true}, {".123500", 124, true}, {".123000", 123, false},
+        {".0004", 0, true},     {".0005", 1, true},     {".000499", 0, true},   {".000500", 1, true},
+        {".9994", 999, true},   {".9996", 999, true},   {".99950", 999, true},  {".999500", 999, true},
+        {".999999", 999, true}, {".999", 999, false},   {".000000", 0, false},
     };
     for (const auto &[fraction, milliseconds, truncated] : cases) {
         const std::string text = std::string("10:30:15") + fraction;
@@ -247,8 +247,9 @@ TEST(TimeText, BigTypesKeepMicroseconds) {
     const struct {
         const char *fraction;
         int microseconds;
-    } cases[] = {{".5", 500000},       {".05", 50000},    {".123", 123000},  {".1234", 123400},    {".12345", 123450},
-                 {".123456", 123456},  {".999999", 999999}, {".000001", 1}, {".01000500", 1000500}, {".99999999", 99999999}};
+    } cases[] = {{".5", 500000},         {".05", 50000},         {".123", 123000},    {".1234", 123400},
+                 {".12345", 123450},     {".123456", 123456},    {".999999", 999999}, {".000001", 1},
+                 {".01000500", 1000500}, {".99999999", 99999999}};
     for (const int type : {CS_BIGDATETIME_TYPE, CS_BIGTIME_TYPE})
         for (const auto &[fraction, microseconds] : cases) {
             const auto [code, record, truncated] = outcome(std::string("10:30:15") + fraction, {.type = type});
@@ -348,9 +349,10 @@ TEST(DateTextT, ItIsLeftOverWhereOnlyATimeIsWanted) {
 
 TEST(NamedMonth, TheFormsPeopleWrite) {
     for (const char *text :
-         {"Jan 2 2003", "2 Jan 2003", "2-Jan-2003", "January 2, 2003", "jan 2 03", "2/Jan/2003", "2.Jan.2003",
-          "2 January 2003", "Jan 2, 03", "2003 Jan 2", "2003 2 Jan", "2003-Jan-2", "Jan 2003 2", "JANUARY 2,2003",
-          "Jan,2,2003", "2Jan2003", "2 Jan 03", "2-Jan-03", "2-Jan,2003", "2 Jan, 2003", "Jan, 2 2003"})
+         {"Jan 2 2003", "2 Jan 2003",     "2-Jan-2003", "January 2, 2003", "jan 2 03",   "2/Jan/2003",
+          "2.Jan.2003", "2 January 2003", "Jan 2, 03",  "2003 Jan 2",      "2003 2 Jan", "2003-Jan-2",
+          "Jan 2003 2", "JANUARY 2,2003", "Jan,2,2003", "2Jan2003",        "2 Jan 03",   "2-Jan-03",
+          "2-Jan,2003", "2 Jan, 2003",    "Jan, 2 2003"})
         EXPECT_EQ(read(text), date(2003, 1, 2)) << text;
     EXPECT_EQ(read("2 Jan 0003"), date(3, 1, 2));
 }
@@ -426,8 +428,9 @@ TEST(SeparatedDate, EveryOrder) {
     const struct {
         int order;
         Reading reading;
-    } cases[] = {{DATEORDER_MDY, date(2003, 1, 2)}, {DATEORDER_DMY, date(2003, 2, 1)}, {DATEORDER_YMD, date(2001, 2, 3)},
-                 {DATEORDER_YDM, date(2001, 3, 2)}, {DATEORDER_MYD, date(2002, 1, 3)}, {DATEORDER_DYM, date(2002, 3, 1)}};
+    } cases[] = {{DATEORDER_MDY, date(2003, 1, 2)}, {DATEORDER_DMY, date(2003, 2, 1)},
+                 {DATEORDER_YMD, date(2001, 2, 3)}, {DATEORDER_YDM, date(2001, 3, 2)},
+                 {DATEORDER_MYD, date(2002, 1, 3)}, {DATEORDER_DYM, date(2002, 3, 1)}};
     for (const auto &[order, reading] : cases)
         for (const int style : {0, 9})
             for (const char *text : {"1/2/03", "1-2-03", "1.2.03", "1/2-03", "01 / 02 / 003"})
@@ -446,8 +449,9 @@ TEST(SeparatedDate, AYearOfFourDigitsStandsAnywhere) {
     const struct {
         int order;
         Reading reading;
-    } cases[] = {{DATEORDER_MDY, date(1999, 1, 2)}, {DATEORDER_DMY, date(1999, 2, 1)}, {DATEORDER_YMD, date(1999, 1, 2)},
-                 {DATEORDER_YDM, date(1999, 2, 1)}, {DATEORDER_MYD, date(1999, 1, 2)}, {DATEORDER_DYM, date(1999, 2, 1)}};
+    } cases[] = {{DATEORDER_MDY, date(1999, 1, 2)}, {DATEORDER_DMY, date(1999, 2, 1)},
+                 {DATEORDER_YMD, date(1999, 1, 2)}, {DATEORDER_YDM, date(1999, 2, 1)},
+                 {DATEORDER_MYD, date(1999, 1, 2)}, {DATEORDER_DYM, date(1999, 2, 1)}};
     for (const auto &[order, reading] : cases) {
         EXPECT_EQ(read("01-02-1999", {.order = order}), reading) << order;
         EXPECT_EQ(read("01-1999-02", {.order = order}), reading) << order;
@@ -455,8 +459,8 @@ TEST(SeparatedDate, AYearOfFourDigitsStandsAnywhere) {
 }
 TEST(SeparatedDate, AYearInFrontMeansYmdExceptUnderYdm) {
     for (int order = 1; order <= 6; ++order)
-        EXPECT_EQ(read("1999/01/02", {.order = order}),
-                  order == DATEORDER_YDM ? date(1999, 2, 1) : date(1999, 1, 2)) << order;
+        EXPECT_EQ(read("1999/01/02", {.order = order}), order == DATEORDER_YDM ? date(1999, 2, 1) : date(1999, 1, 2))
+            << order;
     EXPECT_EQ(read("10:30 1999/02/01", {.order = DATEORDER_DMY}), at(date(1999, 1, 2), 10, 30))
         << "behind a time it is not in front";
 }
@@ -521,12 +525,12 @@ struct Style {
     Century century;
 };
 constexpr Style READABLE[] = {
-    {0, 0, Century::ANYWHERE},   {9, 0, Century::ANYWHERE},   {1, 1, Century::NEVER},    {10, 1, Century::NEVER},
-    {2, 3, Century::NEVER},      {11, 3, Century::NEVER},     {21, 3, Century::NEVER},   {22, 3, Century::NEVER},
-    {23, 3, Century::NEVER},     {40, 3, Century::NEVER},     {3, 2, Century::NEVER},    {4, 2, Century::NEVER},
-    {5, 2, Century::NEVER},      {101, 1, Century::ALWAYS},   {110, 1, Century::ALWAYS}, {102, 3, Century::ALWAYS},
-    {111, 3, Century::ALWAYS},   {121, 3, Century::ALWAYS},   {122, 3, Century::ALWAYS}, {140, 3, Century::ALWAYS},
-    {103, 2, Century::ALWAYS},   {104, 2, Century::ALWAYS},   {105, 2, Century::ALWAYS},
+    {0, 0, Century::ANYWHERE}, {9, 0, Century::ANYWHERE}, {1, 1, Century::NEVER},    {10, 1, Century::NEVER},
+    {2, 3, Century::NEVER},    {11, 3, Century::NEVER},   {21, 3, Century::NEVER},   {22, 3, Century::NEVER},
+    {23, 3, Century::NEVER},   {40, 3, Century::NEVER},   {3, 2, Century::NEVER},    {4, 2, Century::NEVER},
+    {5, 2, Century::NEVER},    {101, 1, Century::ALWAYS}, {110, 1, Century::ALWAYS}, {102, 3, Century::ALWAYS},
+    {111, 3, Century::ALWAYS}, {121, 3, Century::ALWAYS}, {122, 3, Century::ALWAYS}, {140, 3, Century::ALWAYS},
+    {103, 2, Century::ALWAYS}, {104, 2, Century::ALWAYS}, {105, 2, Century::ALWAYS},
 };
 constexpr const char *PLACES[] = {"", "mdy", "dmy", "ymd", "ydm", "myd", "dym"};
 

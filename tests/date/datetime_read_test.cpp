@@ -148,7 +148,7 @@ TEST(ReadDateTime, MillisecondsAreRoundedToTicksAndNeverIntoTheNextSecond) {
     const struct {
         const char *text;
         int ticks;
-    } cases[] = {{"0:0:0.000", 0}, {"0:0:0.001", 0},   {"0:0:0.002", 1},   {"0:0:0.003", 1},  {"0:0:0.007", 2},
+    } cases[] = {{"0:0:0.000", 0}, {"0:0:0.001", 0},   {"0:0:0.002", 1},   {"0:0:0.003", 1},   {"0:0:0.007", 2},
                  {"0:0:0.010", 3}, {"0:0:0.996", 299}, {"0:0:0.998", 299}, {"0:0:0.999", 299}, {"0:0:0.9999", 299}};
     for (const auto &[text, ticks] : cases)
         EXPECT_EQ(datetime(text), (ReadDateTime{0, {0, ticks}})) << text;
@@ -415,8 +415,8 @@ TEST(ReadDates, EveryPrefixOfAText) {
     for (const std::string text : {"January 2, 2003 10:30:15.123456 PM", "2003-01-02T10:30:15:123AM", "20030102 3 pm"})
         for (std::size_t length = 0; length <= text.size(); ++length)
             for (const auto &set : sets)
-                for (const std::string &form : {text.substr(0, length), wide(text).substr(0, 2 * length),
-                                                wide(text).substr(0, 2 * length + 1)})
+                for (const std::string &form :
+                     {text.substr(0, length), wide(text).substr(0, 2 * length), wide(text).substr(0, 2 * length + 1)})
                     for (int partonly = 0; partonly <= 3; ++partonly) {
                         naive::DateRules rules;
                         rules.partonly = partonly;

@@ -97,8 +97,7 @@ TEST(DateTokens, Marks) {
     EXPECT_EQ(tokens("."), (Tokens{{DT_SEP, 0, -1}, END}));
     EXPECT_EQ(tokens(","), (Tokens{{DT_COMMA}, END}));
     EXPECT_EQ(tokens(":"), (Tokens{{DT_COLON}, END}));
-    EXPECT_EQ(tokens("/-.,::"),
-              (Tokens{{DT_SEP}, {DT_SEP}, {DT_SEP, 0, -1}, {DT_COMMA}, {DT_COLON}, {DT_COLON}, END}));
+    EXPECT_EQ(tokens("/-.,::"), (Tokens{{DT_SEP}, {DT_SEP}, {DT_SEP, 0, -1}, {DT_COMMA}, {DT_COLON}, {DT_COLON}, END}));
 }
 TEST(DateTokens, NumbersByTheirDigits) {
     EXPECT_EQ(tokens("7"), (Tokens{{DT_NUMBER, 1, 7}, END}));
@@ -211,14 +210,26 @@ TEST(DateTokens, EveryOtherByteIsAnError) {
         const std::string text(1, static_cast<char>(code));
         Tokens expected{{DT_ERROR}};
         switch (code) {
-        case ' ': expected = {END}; break;
+        case ' ':
+            expected = {END};
+            break;
         case '/':
-        case '-': expected = {{DT_SEP}, END}; break;
-        case '.': expected = {{DT_SEP, 0, -1}, END}; break;
-        case ',': expected = {{DT_COMMA}, END}; break;
-        case ':': expected = {{DT_COLON}, END}; break;
+        case '-':
+            expected = {{DT_SEP}, END};
+            break;
+        case '.':
+            expected = {{DT_SEP, 0, -1}, END};
+            break;
+        case ',':
+            expected = {{DT_COMMA}, END};
+            break;
+        case ':':
+            expected = {{DT_COLON}, END};
+            break;
         case 'T':
-        case 't': expected = {{DT_T}, END}; break;
+        case 't':
+            expected = {{DT_T}, END};
+            break;
         }
         if (code >= '0' && code <= '9')
             expected = {{DT_NUMBER, 1, code - '0'}, END};
@@ -272,7 +283,8 @@ TEST(DateTokens, WideCharactersReadLikeTheirNarrowForms) {
     Folding<ThreeByteSet> three_byte;
     Folding<FourByteSet> four_byte;
     for (ConstructedSet *set : std::initializer_list<ConstructedSet *>{&double_byte, &three_byte, &four_byte}) {
-        EXPECT_EQ(tokens(wide("12/2003"), set->get()), (Tokens{{DT_NUMBER, 2, 12}, {DT_SEP}, {DT_YEAR4, 4, 2003}, END}));
+        EXPECT_EQ(tokens(wide("12/2003"), set->get()),
+                  (Tokens{{DT_NUMBER, 2, 12}, {DT_SEP}, {DT_YEAR4, 4, 2003}, END}));
         EXPECT_EQ(tokens(wide("  .,:-Tt"), set->get()),
                   (Tokens{{DT_SEP, 0, -1}, {DT_COMMA}, {DT_COLON}, {DT_SEP}, {DT_T}, {DT_T}, END}));
         EXPECT_EQ(tokens(wide("JANUARY"), set->get()), (Tokens{{DT_MONTH, 0, 0}, END}));
@@ -315,6 +327,11 @@ TEST(DateTokens, TwoCharactersOfAmAndPmAreCountedAsCharacters) {
     EXPECT_EQ(tokens(wide("A"), set.get(), {names.list, names.list}), (Tokens{{DT_MONTH, 0, 0}, END}));
     // Four bytes, two characters.
     EXPECT_EQ(tokens(wide("AM"), set.get(), {nullptr, nullptr}), (Tokens{{DT_AMPM, 0, 0}, END}));
+    // The two bytes of the list, but one character.
+    ConstructedSet joined(1, 1);
+    joined.width('A', 'A', 2, 2).norm(0, 'A', 0);
+    EXPECT_EQ(tokens("AM", joined.get()), Tokens{{DT_ERROR}});
+    EXPECT_EQ(tokens("PM", joined.get()), (Tokens{{DT_AMPM, 0, 1}, END}));
 }
 TEST(DateTokens, DigitsWithoutAsciiFormAreErrors) {
     WideWithoutForms set;
@@ -386,7 +403,8 @@ TEST(DateTokens, NamesThatEndInsideACharacterAreNotReadBeyondTheirEnd) {
 // ---- Finding tokens ----
 
 TEST(FindToken, FirstOfItsClass) {
-    struct com__datecrack list[] = {{DT_NUMBER, 1, 1}, {DT_SEP, 0, 0}, {DT_NUMBER, 1, 2}, {DT_SEP, 0, -1}, {DT_END, 0, 0}};
+    struct com__datecrack list[] = {
+        {DT_NUMBER, 1, 1}, {DT_SEP, 0, 0}, {DT_NUMBER, 1, 2}, {DT_SEP, 0, -1}, {DT_END, 0, 0}};
     EXPECT_EQ(findtoken(list, DT_NUMBER), 0);
     EXPECT_EQ(findtoken(list, DT_SEP), 1);
     EXPECT_EQ(findtoken(list, DT_COLON), -1);
@@ -438,6 +456,12 @@ TEST(DateLookup, AWordThatTheLengthCutsIsNotReadBeyondIt) {
     Folding<DoubleByteSet> set;
     const ExactText word("Jan\xA3");
     EXPECT_EQ(datelookup(word.get(), 4, com__get_shortmonths(), 12, set.get()), -1);
+    // Nor does what it would be with a zero byte match.
+    set.norm(1, 0, 'n');
+    const ExactText cut_n("Ja\xA3");
+    EXPECT_EQ(datelookup(cut_n.get(), 3, com__get_shortmonths(), 12, set.get()), -1);
+    char whole_n[] = "Ja\xA3";
+    EXPECT_EQ(datelookup(whole_n, 4, com__get_shortmonths(), 12, set.get()), 0);
 }
 TEST(DateLookup, AgainstTheNaiveReading) {
     DateTexts texts(7);
@@ -454,7 +478,8 @@ TEST(DateLookup, AgainstTheNaiveReading) {
             word += random_text(texts.random(), texts.random()() % 28);
         word = texts.widened(word);
         const ExactText exact(word);
-        ASSERT_EQ(datelookup(exact.get(), exact.length(), list, 12, ca), naive::date_lookup(word, list, 12, ca)) << word;
+        ASSERT_EQ(datelookup(exact.get(), exact.length(), list, 12, ca), naive::date_lookup(word, list, 12, ca))
+            << word;
     }
 }
 

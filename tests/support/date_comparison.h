@@ -133,8 +133,7 @@ private:
     bool time_alone_agrees() const {
         CS_DATETIME value = {UNTOUCHED, UNTOUCHED};
         CS_BOOL truncated = UNTOUCHED;
-        const int code =
-            com__timefromchar_mb(&value, exact_.get(), exact_.length(), rules_.style, set_, &truncated);
+        const int code = com__timefromchar_mb(&value, exact_.get(), exact_.length(), rules_.style, set_, &truncated);
         const naive::ReadDateTime told = naive::read_time_alone(text_, rules_);
         return same(code, value, told) && truncated == told.truncated;
     }
@@ -154,8 +153,8 @@ private:
     }
     bool big_agrees() const {
         CS_BIGDATETIME value = static_cast<CS_BIGDATETIME>(UNTOUCHED);
-        const int code = com__bigdatetimefromchar_mb(&value, exact_.get(), exact_.length(), rules_.style,
-                                                     rules_.order, months_, shortmonths_, set_);
+        const int code = com__bigdatetimefromchar_mb(&value, exact_.get(), exact_.length(), rules_.style, rules_.order,
+                                                     months_, shortmonths_, set_);
         return same_big(code, value, naive::read_big(text_, wanting(0)));
     }
     bool date_agrees() const {

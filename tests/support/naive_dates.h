@@ -128,8 +128,11 @@ inline DateToken date_token(std::string_view text, const DateRules &rules) {
         }
         if (!all_have_digits || count == 7 || count > 8)
             return {DT_ERROR, 0, 0, position};
-        return {count <= 3 ? DT_NUMBER : count == 4 ? DT_YEAR4 : count == 5 ? DT_DIGITS5 : DT_DIGITS68, count, value,
-                position};
+        return {count <= 3   ? DT_NUMBER
+                : count == 4 ? DT_YEAR4
+                : count == 5 ? DT_DIGITS5
+                             : DT_DIGITS68,
+                count, value, position};
     }
 
     if (first.identifier) {
@@ -394,29 +397,45 @@ private:
         const int year = first(DT_YEAR4);
         bool takes_year4 = false, needs_year4 = false;
         switch (rules_.style) {
-        case 0: case 9:
+        case 0:
+        case 9:
             takes_year4 = true;
             if (year == 0 && order != 4)
                 order = 3;
             break;
-        case 1: case 10:
+        case 1:
+        case 10:
             order = 1;
             break;
-        case 2: case 11: case 21: case 22: case 23: case 40:
+        case 2:
+        case 11:
+        case 21:
+        case 22:
+        case 23:
+        case 40:
             order = 3;
             break;
-        case 3: case 4: case 5:
+        case 3:
+        case 4:
+        case 5:
             order = 2;
             break;
-        case 101: case 110:
+        case 101:
+        case 110:
             needs_year4 = true;
             order = 1;
             break;
-        case 102: case 111: case 121: case 122: case 140:
+        case 102:
+        case 111:
+        case 121:
+        case 122:
+        case 140:
             needs_year4 = true;
             order = 3;
             break;
-        case 103: case 104: case 105:
+        case 103:
+        case 104:
+        case 105:
             needs_year4 = true;
             order = 2;
             break;
@@ -513,7 +532,8 @@ inline Made make_microseconds(const CS_DATEREC &record) {
     const int fraction = record.datesecprec == 1000000 ? record.datesecfrac : record.datemsecond * 1000;
     if (fraction > 999999)
         return {7};
-    return {0, ((record.datehour * 60 + record.dateminute) * 60 + record.datesecond) * std::int64_t{1000000} + fraction};
+    return {0,
+            ((record.datehour * 60 + record.dateminute) * 60 + record.datesecond) * std::int64_t{1000000} + fraction};
 }
 
 // ---- Text to value ----
