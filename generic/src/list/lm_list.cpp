@@ -58,11 +58,6 @@ CS_RETCODE drop_state(LM_HANDLE *handle) {
     }
 }
 
-void make_current(LM_CXTPROP *properties, LM_HANDLE *handle) {
-    properties->cur_handleaddr = handle;
-    properties->cur_handlename = handle != nullptr ? handle->hdlprop->handle_name : nullptr;
-}
-
 CS_RETCODE take_off_context(LM_CONTEXT *context, LM_HANDLE *handle) {
     LM_HANDLE **link = &context->first_handle;
     while (*link != nullptr && *link != handle)
@@ -72,7 +67,7 @@ CS_RETCODE take_off_context(LM_CONTEXT *context, LM_HANDLE *handle) {
     --context->cxtprop->context_load;
     COM_REQUIRE(context->cxtprop->context_load >= 0, CS_FAIL);
     if (context->cxtprop->cur_handleaddr == handle)
-        make_current(context->cxtprop, context->first_handle);
+        make_current(context, context->first_handle);
     return CS_SUCCEED;
 }
 
@@ -142,7 +137,7 @@ CS_RETCODE lm_list_alloc_ex(LM_CONTEXT *context, CS_INT list_type, CS_CHAR *hand
     handle->state = LM_INITIALIZED;
     handle->next = context->first_handle;
     context->first_handle = handle;
-    make_current(context->cxtprop, handle);
+    make_current(context, handle);
     ++context->cxtprop->context_load;
     *handle_ptr = handle;
     return CS_SUCCEED;
