@@ -200,6 +200,24 @@ TEST_F(LmDlink, AZeroEndsAWalkAndIsItsStatus) {
     EXPECT_EQ(walked, (Numbers{1, 2, 1, 2}));
 }
 
+TEST_F(LmDlink, AWalkMayDeleteWhatItIsOn) {
+    static LM_HANDLE *walked_list;
+    walked_list = list;
+    CS_PRINT_FUNC function = [](CS_VOID *) -> CS_INT {
+        DLinkNode *first = static_cast<DLinkInfo *>(walked_list->list_state)->head;
+        return lm_list_op(walked_list, LM_OP_DELETE, &first, LM_UNUSED, nullptr, nullptr);
+    };
+    for (const CS_INT operation : {LM_OP_WALK, LM_OP_PRINTALL}) {
+        fill({1, 2, 3}); // the list's own cursor rests on an entry that goes
+        set_property(list, LM_PROP_PRINT_FUNC, function);
+        CS_VOID *data = UNTOUCHED;
+        EXPECT_EQ(lm_list_op(list, operation, nullptr, LM_UNUSED, &function, &data), CS_SUCCEED);
+        EXPECT_EQ(data, nullptr);
+        EXPECT_EQ(list->cur_ptr, nullptr);
+        expect({});
+    }
+}
+
 TEST_F(LmDlink, AWalkWithoutAFunctionFails) {
     fill({1});
     CS_PRINT_FUNC none = nullptr;

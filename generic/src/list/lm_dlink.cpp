@@ -128,9 +128,12 @@ CS_RETCODE operate(LM_HANDLE *handle, CS_INT operation, DLinkNode *&cursor, CS_I
     }
 }
 
-// A walk that its function ended still answers; anything else that failed leaves all as it was.
-bool answers(CS_INT operation, CS_RETCODE status) {
-    return status == CS_SUCCEED || operation == LM_OP_PRINTALL || operation == LM_OP_WALK;
+// These answer even when their function ended them; anything else that failed leaves all as it was.
+bool is_walk(CS_INT operation) { return operation == LM_OP_PRINTALL || operation == LM_OP_WALK; }
+
+// Where an operation begins: a caller's cursor if it rests on an entry, else the list's own.
+DLinkNode *cursor_of(const LM_HANDLE *handle, DLinkNode *const *callers) {
+    return callers != nullptr && *callers != nullptr ? *callers : handle->cur_ptr;
 }
 
 } // namespace
@@ -156,9 +159,11 @@ CS_RETCODE lm___api_dlink_op(LM_HANDLE *handle, CS_INT operation, CS_VOID *key, 
                              CS_VOID **data_out) {
     COM_REQUIRE_PTR(handle, CS_FAIL);
     auto **callers = static_cast<DLinkNode **>(key);
-    DLinkNode *cursor = callers != nullptr && *callers != nullptr ? *callers : handle->cur_ptr;
+    DLinkNode *cursor = cursor_of(handle, callers);
     const CS_RETCODE status = operate(handle, operation, cursor, key_size, data_in);
-    if (answers(operation, status)) {
+    if (is_walk(operation))
+        cursor = cursor_of(handle, callers); // its function may have deleted the entry that this rested on
+    if (status == CS_SUCCEED || is_walk(operation)) {
         (callers != nullptr ? *callers : handle->cur_ptr) = cursor;
         report(cursor, data_out);
     }
