@@ -265,6 +265,19 @@ TEST_F(LmDlinkDeathTest, DeletingAnEntryTwiceOrFromAnEmptyCountIsBroken) {
     expect({1});
 }
 
+TEST_F(LmDlinkDeathTest, DeletingWithACountThatDoesNotFitTheEntriesIsBroken) {
+    fill({1});
+    list->hdlprop->handle_load = 2; // no entry would be left for a count of 1
+    expect_broken(STEM, [&] { return go(LM_OP_DELETE).status; });
+    list->hdlprop->handle_load = 1;
+    fill({2});
+    list->hdlprop->handle_load = 1; // an entry would be left
+    expect_broken(STEM, [&] { return go(LM_OP_DELETE).status; });
+    list->hdlprop->handle_load = 2;
+    EXPECT_EQ(go(LM_OP_CURRENT), succeeds(2));
+    expect({1, 2});
+}
+
 TEST_F(LmDlinkDeathTest, MissingHandles) {
     CS_VOID *data = UNTOUCHED;
     expect_broken(STEM, [&] { return lm___api_dlink_op(nullptr, LM_OP_CURRENT, nullptr, 0, nullptr, &data); });

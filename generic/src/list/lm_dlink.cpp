@@ -56,13 +56,14 @@ CS_RETCODE remove(LM_HANDLE *handle, DLinkNode *&cursor) {
     COM_REQUIRE(cursor != nullptr && cursor->state == LM_INSERTED, CS_FAIL);
     COM_REQUIRE(handle->hdlprop->handle_load >= 1, CS_FAIL);
     DLinkNode *node = cursor;
-    cursor = node == list.head ? node->next : node->previous;
+    DLinkNode *neighbour = node == list.head ? node->next : node->previous;
+    COM_REQUIRE((handle->hdlprop->handle_load == 1) == (neighbour == nullptr), CS_FAIL);
+    cursor = neighbour;
     unlink(list, node);
     --handle->hdlprop->handle_load;
     // A cursor of the list's own that rested on the node must not outlive it.
     if (handle->cur_ptr == node)
         handle->cur_ptr = cursor;
-    COM_REQUIRE(handle->hdlprop->handle_load != 0 || cursor == nullptr, CS_FAIL);
     return lm__free_dlinknode(handle, node);
 }
 
