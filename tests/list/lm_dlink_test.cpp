@@ -291,9 +291,13 @@ TEST_F(LmDlinkDeathTest, MissingHandles) {
 
 TEST_F(LmDlinkDeathTest, ACountThatDoesNotFitTheEntriesIsBrokenAtTheDrop) {
     LM_HANDLE *broken = make(LM_DLINK, "broken");
-    broken->hdlprop->handle_load = 1;
+    operate(broken, LM_OP_INSERT, nullptr, LM_OP_LAST, 1);
+    broken->hdlprop->handle_load = 2;
     expect_broken(STEM, [&] { return lm_list_drop(broken, LM_FORCE_DROP); });
+    EXPECT_EQ(walk(broken), Numbers{}) << "its entries went, and nothing holds on to them";
+    EXPECT_EQ(operate(broken, LM_OP_CURRENT), succeeds(0));
     broken->hdlprop->handle_load = 0;
+    EXPECT_EQ(lm_list_drop(broken, LM_UNUSED), CS_SUCCEED);
 }
 
 TEST_F(LmDlink, OutOfMemoryAtAnInsertLeavesTheListAsItWas) {

@@ -180,10 +180,10 @@ CS_RETCODE dlx::drop_dlink(LM_HANDLE *handle) {
         --handle->hdlprop->handle_load;
         node = next;
     }
+    list->head = list->tail = handle->cur_ptr = nullptr;
     COM_REQUIRE(handle->hdlprop->handle_load == 0, CS_FAIL);
     memory.give_back_record(list);
     handle->list_state = nullptr;
-    handle->cur_ptr = nullptr;
     return lm__api_dlink_mpool_drop(handle, handle->hdlprop->max_poolsize);
 }
 
