@@ -457,7 +457,11 @@ TEST_F(LmQueue, PrintsAndWalksArePassedOn) {
 }
 
 TEST_F(LmQueueDeathTest, OtherOperationsAndAnEmptyDeleteAreBroken) {
-    expect_broken(STEM, [&] { return go(LM_OP_DELETE).status; });
+    expect_broken(STEM, [&] {
+        const Answer answer = go(LM_OP_DELETE);
+        EXPECT_EQ(answer.data, UNTOUCHED);
+        return answer.status;
+    });
     fill({1});
     for (const CS_INT operation : {22, 23, 24, 25, 27, 28, 0, 32})
         expect_broken(STEM, [&, operation] {
@@ -544,7 +548,11 @@ TEST_F(LmStack, PrintsAndWalksArePassedOn) {
 }
 
 TEST_F(LmStackDeathTest, OtherOperationsAndAnEmptyDeleteAreBroken) {
-    expect_broken(STEM, [&] { return go(LM_OP_DELETE).status; });
+    expect_broken(STEM, [&] {
+        const Answer answer = go(LM_OP_DELETE);
+        EXPECT_EQ(answer.data, UNTOUCHED);
+        return answer.status;
+    });
     fill({1});
     for (const CS_INT operation : {22, 23, 24, 25, 27, 28, 0, 32})
         expect_broken(STEM, [&, operation] {

@@ -194,8 +194,8 @@ namespace {
 // Takes the head off. The delete reports last, so what a caller gets is the data of the new head; one that wants
 // the old head's reads it first with LM_OP_CURRENT.
 CS_RETCODE take_head(LM_HANDLE *handle, CS_VOID *data_in, CS_VOID **data_out) {
+    COM_REQUIRE(info_of<DLinkInfo>(handle)->head != nullptr, CS_FAIL);
     lm___api_dlink_op(handle, LM_OP_FIRST, nullptr, LM_UNUSED, data_in, data_out);
-    COM_REQUIRE(handle->cur_ptr != nullptr, CS_FAIL);
     const DLinkNode *second = handle->cur_ptr->next;
     const CS_RETCODE status = lm___api_dlink_op(handle, LM_OP_DELETE, nullptr, LM_UNUSED, data_in, data_out);
     COM_REQUIRE(handle->cur_ptr == second, CS_FAIL);
