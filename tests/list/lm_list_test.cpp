@@ -268,6 +268,27 @@ TEST_F(LmList, AfterARehashTheCursorIsTheLastEntryPutBackOrNone) {
     }
 }
 
+TEST_F(LmListDeathTest, ACountThatDoesNotFitTheEntriesIsBrokenAtARehash) {
+    for (const CS_INT type : {LM_CHASH, LM_DHASH}) {
+        LM_HANDLE *list = make(type);
+        insert(list, "a", 1);
+        insert(list, "b", 2);
+        list->hdlprop->handle_load = 3;
+        EXPECT_DEATH(set_property<CS_INT>(list, LM_PROP_MAX_TABLESIZE, 20), "lm_list\\.cpp");
+        {
+            const ReturningAssertions returning;
+            EXPECT_EQ(set_property<CS_INT>(list, LM_PROP_MAX_TABLESIZE, 20), CS_FAIL);
+            EXPECT_EQ(returning.count(), 1);
+        }
+        EXPECT_EQ(property<CS_INT>(list, LM_PROP_MAX_TABLESIZE), 10);
+        EXPECT_EQ(by_key(list, LM_OP_FIND, "a"), succeeds(1));
+        EXPECT_EQ(by_key(list, LM_OP_FIND, "b"), succeeds(2));
+        EXPECT_EQ(load_of(list), 3);
+        list->hdlprop->handle_load = 2;
+        EXPECT_EQ(set_property<CS_INT>(list, LM_PROP_MAX_TABLESIZE, 20), CS_SUCCEED);
+    }
+}
+
 TEST_F(LmList, AnOpenAddressedTableKeepsAllAndNeverShrinksBelowItsEntries) {
     LM_HANDLE *list = make(LM_DHASH);
     const char *const keys[] = {"a", "bb", "c", "dd", "e"};

@@ -244,6 +244,11 @@ CS_RETCODE replace_table(LM_HANDLE *handle, CS_RETCODE (*build)(LM_HANDLE *), Fi
     handle->cur_ptr = nullptr; // the last entry put back, in the end
     status = fill(handle, old_table);
     CS_VOID *new_table = handle->list_state;
+    const CS_INT new_load = handle->hdlprop->handle_load;
+    if (status == CS_SUCCEED && new_load != old_load) {
+        com_bomb(__FILE__, __LINE__);
+        status = CS_FAIL;
+    }
     if (status != CS_SUCCEED) {
         drop_table(handle);
         handle->list_state = old_table;
@@ -251,12 +256,10 @@ CS_RETCODE replace_table(LM_HANDLE *handle, CS_RETCODE (*build)(LM_HANDLE *), Fi
         handle->hdlprop->handle_load = old_load;
         return COM_TRACE(status);
     }
-    const CS_INT new_load = handle->hdlprop->handle_load;
     handle->list_state = old_table;
     drop_table(handle);
     handle->list_state = new_table;
     handle->hdlprop->handle_load = new_load;
-    COM_REQUIRE(new_load == old_load, CS_FAIL);
     return CS_SUCCEED;
 }
 
