@@ -168,6 +168,43 @@ TEST_F(LmListDeathTest, BrokenCalls) {
     EXPECT_EQ(value, 55);
 }
 
+TEST_F(LmListDeathTest, AListMissingFromItsContextIsNotDropped) {
+    LM_HANDLE *first = make(LM_DLINK, "first");
+    LM_HANDLE *second = make(LM_DLINK, "second");
+    insert(second, "", 7);
+    context->first_handle = first;
+    expect_broken(STEM, [&] { return lm_list_drop(second, LM_FORCE_DROP); });
+    context->first_handle = nullptr; // a context without any
+    expect_broken(STEM, [&] { return lm_list_drop(second, LM_FORCE_DROP); });
+    context->first_handle = second;
+    EXPECT_EQ(current(), second);
+    EXPECT_EQ(property<CS_INT>(context, LM_PROP_CONTEXT_LOAD), 2);
+    EXPECT_EQ(walk(second), Numbers{7});
+    EXPECT_EQ(lm_list_drop(second, LM_FORCE_DROP), CS_SUCCEED);
+    EXPECT_EQ(current(), first);
+}
+
+TEST_F(LmListDeathTest, AListThatItsContextDoesNotCountIsNotDropped) {
+    LM_HANDLE *list = make(LM_DLINK);
+    context->cxtprop->context_load = 0;
+    expect_broken(STEM, [&] { return lm_list_drop(list, LM_UNUSED); });
+    context->cxtprop->context_load = 1;
+    EXPECT_EQ(insert(list, "", 7), succeeds(7));
+}
+
+TEST_F(LmListDeathTest, APoolLargerThanItsSizeIsBrokenAtTheDrop) {
+    set_property<CS_INT>(context, LM_PROP_MAX_POOLSIZE, 3);
+    for (const CS_INT type : {LM_DLINK, LM_CHASH}) {
+        LM_HANDLE *list = make(type);
+        list->hdlprop->max_poolsize = 1;
+        expect_broken(STEM, [&] { return lm_list_drop(list, LM_UNUSED); });
+        EXPECT_EQ(list->state, LM_INITIALIZED);
+        EXPECT_EQ(context->first_handle, list);
+        EXPECT_EQ(lm__api_dlink_mpool_drop(list, 3), CS_SUCCEED);
+        EXPECT_EQ(lm_list_drop(list, LM_UNUSED), CS_SUCCEED) << "what is left of it";
+    }
+}
+
 // ---- Properties ------------------------------------------------------------------------------------------------
 
 TEST_F(LmList, NameGivenWithItsTerminatorIsCountedOnce) {

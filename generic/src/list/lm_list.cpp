@@ -58,17 +58,19 @@ CS_RETCODE drop_state(LM_HANDLE *handle) {
     }
 }
 
-CS_RETCODE take_off_context(LM_CONTEXT *context, LM_HANDLE *handle) {
+// The link that leads to a list in its context's chain; one that is null for a list that is not there.
+LM_HANDLE **link_to(LM_CONTEXT *context, const LM_HANDLE *handle) {
     LM_HANDLE **link = &context->first_handle;
     while (*link != nullptr && *link != handle)
         link = &(*link)->next;
-    COM_REQUIRE(*link != nullptr, CS_FAIL);
-    *link = handle->next;
+    return link;
+}
+
+void take_off_context(LM_CONTEXT *context, LM_HANDLE *handle) {
+    *link_to(context, handle) = handle->next;
     --context->cxtprop->context_load;
-    COM_REQUIRE(context->cxtprop->context_load >= 0, CS_FAIL);
     if (context->cxtprop->cur_handleaddr == handle)
         make_current(context, context->first_handle);
-    return CS_SUCCEED;
 }
 
 } // namespace
@@ -158,18 +160,22 @@ CS_RETCODE lm_list_drop(LM_HANDLE *handle, CS_INT option) {
     COM_REQUIRE(option == LM_UNUSED || option == LM_FORCE_DROP, CS_FAIL);
     if (option == LM_UNUSED && handle->hdlprop->handle_load > 0)
         return COM_TRACE(CS_FAIL);
-    CS_RETCODE status = drop_state(handle);
+    LM_CONTEXT *context = handle->hdlprop->context;
+    COM_REQUIRE(*link_to(context, handle) != nullptr, CS_FAIL);
+    COM_REQUIRE(context->cxtprop->context_load >= 1, CS_FAIL);
+    // The state is gone already where an earlier drop went no further.
+    const CS_RETCODE status = handle->list_state != nullptr ? drop_state(handle) : CS_SUCCEED;
     if (status != CS_SUCCEED)
         return COM_TRACE(status);
     COM_REQUIRE(handle->list_state == nullptr, CS_FAIL);
     COM_REQUIRE(handle->free_DLN_list == nullptr, CS_FAIL);
 
-    status = take_off_context(handle->hdlprop->context, handle);
+    take_off_context(context, handle);
     const ListMemory memory = memory_of(handle);
     memory.give_back_bytes(handle->hdlprop->handle_name, handle->hdlprop->length);
     memory.give_back_record(handle->hdlprop);
     memory.give_back_record(handle);
-    return status;
+    return CS_SUCCEED;
 }
 
 CS_RETCODE lm_list_op(LM_HANDLE *handle, CS_INT operation, CS_VOID *key, CS_INT key_size, CS_VOID *data_in,
