@@ -68,6 +68,15 @@ TEST_F(LmList, AnAllocatorOfItsOwn) {
     EXPECT_EQ(own.held(), 0u);
 }
 
+TEST_F(LmList, TheNameIsCopied) {
+    char name[] = "abcdef";
+    LM_HANDLE *list = nullptr;
+    ASSERT_EQ(lm_list_alloc(context, LM_DLINK, name, 3, &list), CS_SUCCEED);
+    EXPECT_EQ(list->hdlprop->length, 3);
+    std::memset(name, '#', sizeof name);
+    EXPECT_EQ(std::string(list->hdlprop->handle_name, 3), "abc");
+}
+
 TEST_F(LmList, NullContextsAndHandlesFail) {
     LM_HANDLE *list = nullptr;
     EXPECT_EQ(lm_list_alloc(nullptr, LM_DLINK, text("x"), 1, &list), CS_FAIL);
@@ -151,6 +160,18 @@ TEST_F(LmListDeathTest, BrokenCalls) {
             return lm_list_alloc(context, LM_DLINK, text("x"), length, &other);
         });
     expect_broken(STEM, [&] { return lm_list_alloc(context, LM_DLINK, text("x"), 1, nullptr); });
+    const auto alloc_ex = [&](LM_ALLOCATOR allocate, LM_RELEASER release) {
+        return [=, this] {
+            auto *untouched = static_cast<LM_HANDLE *>(UNTOUCHED);
+            LM_HANDLE *other = untouched;
+            const CS_RETCODE status =
+                lm_list_alloc_ex(context, LM_DLINK, text("x"), 1, &other, allocate, release, &memory);
+            EXPECT_EQ(other, untouched);
+            return status;
+        };
+    };
+    expect_broken(STEM, alloc_ex(nullptr, WatchedMemory::release));
+    expect_broken(STEM, alloc_ex(WatchedMemory::allocate, nullptr));
     list->state = LM_RELEASED;
     CS_INT value = 55;
     expect_broken(STEM, [&] { return lm_list_drop(list, LM_UNUSED); });
@@ -424,11 +445,12 @@ TEST_F(LmList, OutOfMemoryAtEveryAllocationOfACreation) {
 }
 
 TEST_F(LmList, OutOfMemoryAtEveryAllocationOfARehash) {
-    for (const CS_INT type : {LM_CHASH, LM_DHASH})
+    for (const auto &[type, pool] : {std::pair{LM_CHASH, 0}, {LM_CHASH, 1}, {LM_DHASH, 0}})
         for (const auto span : {WatchedMemory::ONCE, WatchedMemory::LASTING}) {
             LM_HANDLE *list = make(type);
             insert(list, "a", 1);
             insert(list, "b", 2);
+            EXPECT_EQ(set_property<CS_INT>(list, LM_PROP_MAX_POOLSIZE, pool), CS_SUCCEED);
             const Numbers before = walk(list);
             const std::size_t held = memory.held();
             CS_RETCODE status = CS_MEM_ERROR;
@@ -440,7 +462,8 @@ TEST_F(LmList, OutOfMemoryAtEveryAllocationOfARehash) {
                 EXPECT_EQ(load_of(list), 2);
                 if (status == CS_SUCCEED)
                     break;
-                EXPECT_EQ(memory.held(), held);
+                // A node of the pool that went into the new table went with it.
+                EXPECT_EQ(memory.held() + static_cast<std::size_t>(pool - list->free_nodes), held);
                 EXPECT_EQ(walk(list), before);
                 EXPECT_EQ(operate(list, LM_OP_CURRENT), succeeds(2));
                 EXPECT_EQ(property<CS_INT>(list, LM_PROP_MAX_TABLESIZE), 10);
