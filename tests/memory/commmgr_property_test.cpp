@@ -72,9 +72,10 @@ TEST(PoolPropertyTest, NumbersAreTheSystemsOwn) {
     EXPECT_EQ(MM_GET, 33);
     EXPECT_EQ(MM_SET, 34);
     EXPECT_EQ(MM_CLEAR, 35);
-    const CS_INT properties[] = {MM_PROP_TYPE,    MM_PROP_SBREAK,     MM_PROP_PARAM,   MM_PROP_UNSBREAK, MM_PROP_LOCK,
-                                 MM_PROP_LOCKARG, MM_PROP_UNLOCK,     MM_PROP_CHUNKSIZE, MM_PROP_MAXSIZE, MM_PROP_ADDHEAP,
-                                 MM_PROP_HANDLESIZE, MM_PROP_SUBPOOL, MM_PROP_BLOCKSIZE};
+    const CS_INT properties[] = {MM_PROP_TYPE,      MM_PROP_SBREAK,  MM_PROP_PARAM,   MM_PROP_UNSBREAK,
+                                 MM_PROP_LOCK,      MM_PROP_LOCKARG, MM_PROP_UNLOCK,  MM_PROP_CHUNKSIZE,
+                                 MM_PROP_MAXSIZE,   MM_PROP_ADDHEAP, MM_PROP_HANDLESIZE, MM_PROP_SUBPOOL,
+                                 MM_PROP_BLOCKSIZE};
     CS_INT expected = 1235;
     for (const CS_INT property : properties)
         EXPECT_EQ(property, expected++);
