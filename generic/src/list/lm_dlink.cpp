@@ -56,13 +56,14 @@ CS_RETCODE remove(LM_HANDLE *handle, DLinkNode *&cursor) {
     COM_REQUIRE(cursor != nullptr && cursor->state == LM_INSERTED, CS_FAIL);
     COM_REQUIRE(handle->hdlprop->handle_load >= 1, CS_FAIL);
     DLinkNode *node = cursor;
-    cursor = node == list.head ? node->next : node->previous;
+    DLinkNode *neighbour = node == list.head ? node->next : node->previous;
+    COM_REQUIRE((handle->hdlprop->handle_load == 1) == (neighbour == nullptr), CS_FAIL);
+    cursor = neighbour;
     unlink(list, node);
     --handle->hdlprop->handle_load;
     // A cursor of the list's own that rested on the node must not outlive it.
     if (handle->cur_ptr == node)
         handle->cur_ptr = cursor;
-    COM_REQUIRE(handle->hdlprop->handle_load != 0 || cursor == nullptr, CS_FAIL);
     return lm__free_dlinknode(handle, node);
 }
 
@@ -128,9 +129,12 @@ CS_RETCODE operate(LM_HANDLE *handle, CS_INT operation, DLinkNode *&cursor, CS_I
     }
 }
 
-// A walk that its function ended still answers; anything else that failed leaves all as it was.
-bool answers(CS_INT operation, CS_RETCODE status) {
-    return status == CS_SUCCEED || operation == LM_OP_PRINTALL || operation == LM_OP_WALK;
+// These answer even when their function ended them; anything else that failed leaves all as it was.
+bool is_walk(CS_INT operation) { return operation == LM_OP_PRINTALL || operation == LM_OP_WALK; }
+
+// Where an operation begins: a caller's cursor if it rests on an entry, else the list's own.
+DLinkNode *cursor_of(const LM_HANDLE *handle, DLinkNode *const *callers) {
+    return callers != nullptr && *callers != nullptr ? *callers : handle->cur_ptr;
 }
 
 } // namespace
@@ -156,9 +160,11 @@ CS_RETCODE lm___api_dlink_op(LM_HANDLE *handle, CS_INT operation, CS_VOID *key, 
                              CS_VOID **data_out) {
     COM_REQUIRE_PTR(handle, CS_FAIL);
     auto **callers = static_cast<DLinkNode **>(key);
-    DLinkNode *cursor = callers != nullptr && *callers != nullptr ? *callers : handle->cur_ptr;
+    DLinkNode *cursor = cursor_of(handle, callers);
     const CS_RETCODE status = operate(handle, operation, cursor, key_size, data_in);
-    if (answers(operation, status)) {
+    if (is_walk(operation))
+        cursor = cursor_of(handle, callers); // its function may have deleted the entry that this rested on
+    if (status == CS_SUCCEED || is_walk(operation)) {
         (callers != nullptr ? *callers : handle->cur_ptr) = cursor;
         report(cursor, data_out);
     }
@@ -174,10 +180,10 @@ CS_RETCODE dlx::drop_dlink(LM_HANDLE *handle) {
         --handle->hdlprop->handle_load;
         node = next;
     }
+    list->head = list->tail = handle->cur_ptr = nullptr;
     COM_REQUIRE(handle->hdlprop->handle_load == 0, CS_FAIL);
     memory.give_back_record(list);
     handle->list_state = nullptr;
-    handle->cur_ptr = nullptr;
     return lm__api_dlink_mpool_drop(handle, handle->hdlprop->max_poolsize);
 }
 
@@ -188,8 +194,8 @@ namespace {
 // Takes the head off. The delete reports last, so what a caller gets is the data of the new head; one that wants
 // the old head's reads it first with LM_OP_CURRENT.
 CS_RETCODE take_head(LM_HANDLE *handle, CS_VOID *data_in, CS_VOID **data_out) {
+    COM_REQUIRE(info_of<DLinkInfo>(handle)->head != nullptr, CS_FAIL);
     lm___api_dlink_op(handle, LM_OP_FIRST, nullptr, LM_UNUSED, data_in, data_out);
-    COM_REQUIRE(handle->cur_ptr != nullptr, CS_FAIL);
     const DLinkNode *second = handle->cur_ptr->next;
     const CS_RETCODE status = lm___api_dlink_op(handle, LM_OP_DELETE, nullptr, LM_UNUSED, data_in, data_out);
     COM_REQUIRE(handle->cur_ptr == second, CS_FAIL);

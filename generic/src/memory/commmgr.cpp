@@ -176,7 +176,8 @@ CS_RETCODE reallocate(MM_HANDLE *mmh, CS_INT size, CS_VOID **buffer) {
 CS_RETCODE release(MM_HANDLE *mmh, CS_VOID *buf) {
     const MmHeap *chunk = find_chunk(mmh, buf);
     COM_REQUIRE(chunk != nullptr && is_aligned(buf), CS_FAIL);
-    COM_REQUIRE(buf >= reinterpret_cast<const CS_BYTE *>(chunk) + CHUNK_HEADER, CS_FAIL); // no block begins in the chunk's record
+    // No block begins in the chunk's record.
+    COM_REQUIRE(buf >= reinterpret_cast<const CS_BYTE *>(chunk) + CHUNK_HEADER, CS_FAIL);
     switch (mmh->mmh_type) {
     case MM_BUDDY:
         return com___buddy_free(mmh, buf);

@@ -57,7 +57,7 @@ inline bool is_inside(const void *address, const MmHeap *chunk) {
 
 // The chunk that holds an address, or null.
 inline MmHeap *find_chunk(const MM_HANDLE *mmh, const void *address) {
-    MmHeap *newest = mmh->mmh_head->mph_heap; // the only one of many a pool with large chunks
+    MmHeap *newest = mmh->mmh_head->mph_heap; // in many a pool with large chunks the only one
     if (newest != nullptr && is_inside(address, newest))
         return newest;
     for (std::uintptr_t range = range_of(address), tries = 0; tries < 2; --range, ++tries)
