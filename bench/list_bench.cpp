@@ -322,8 +322,8 @@ void enter_lists(const std::string &row) {
 void enter_list_rows() {
     static const Names names(words(500), 501);
     enter_find("chained hash find, 10,000 names", names);
-    enter_lists<0>("list append and walk 100,000, no pool");
-    enter_lists<LENGTH>("list append and walk 100,000, pool");
+    enter_lists<LENGTH>("list append and walk 100,000, node pool");
+    enter_lists<0>("list append and walk 100,000, no node pool");
 }
 
 } // namespace bench
