@@ -96,6 +96,19 @@ void release_if_free(MM_HANDLE *mmh, MmHeap *chunk) {
 
 } // namespace
 
+MmHeap *dlx::search_chunk(const MM_HANDLE *mmh, const void *address) {
+    MmPoolHead *head = mmh->mmh_head;
+    const std::uintptr_t range = range_of(address);
+    for (std::uintptr_t back = 0; back < RANGES_TOUCHED; ++back)
+        for (CS_INT place = chain_of(head, range - back); place != 0; place = chain_link(chunk_at(head, place)))
+            if (is_inside(address, chunk_at(head, place)))
+                return chunk_at(head, place);
+    for (MmHeap *chunk = head->mph_heap; chunk != nullptr; chunk = chunk->next)
+        if (is_inside(address, chunk))
+            return chunk;
+    return nullptr;
+}
+
 CS_RETCODE com___addheap(MM_HANDLE *mmh, CS_VOID *buffer, CS_INT buflen, CS_INT status) {
     COM_REQUIRE_PTR(mmh, CS_FAIL);
     COM_REQUIRE_PTR(buffer, CS_FAIL);

@@ -57,7 +57,8 @@ inline bool is_inside(const void *address, const MmHeap *chunk) {
            static_cast<std::uintptr_t>(chunk->size);
 }
 
-// The chunk that holds an address, or null.
+// The chunk that holds an address, or null: the first looks at all of them.
+MmHeap *search_chunk(const MM_HANDLE *mmh, const void *address);
 inline MmHeap *find_chunk(const MM_HANDLE *mmh, const void *address) {
     MmHeap *newest = mmh->mmh_head->mph_heap; // the only one of many a pool with large chunks
     if (newest != nullptr && is_inside(address, newest))
@@ -71,22 +72,15 @@ inline MmHeap *find_chunk(const MM_HANDLE *mmh, const void *address) {
     const CS_INT first = chain_of(head, range - begins_before);
     if (first != 0 && is_inside(address, chunk_at(head, first))) [[likely]]
         return chunk_at(head, first);
-    for (std::uintptr_t back = 0; back < RANGES_TOUCHED; ++back)
-        for (CS_INT place = chain_of(head, range - back); place != 0; place = chain_link(chunk_at(head, place)))
-            if (is_inside(address, chunk_at(head, place)))
-                return chunk_at(head, place);
-    for (MmHeap *chunk = mmh->mmh_head->mph_heap; chunk != nullptr; chunk = chunk->next)
-        if (is_inside(address, chunk))
-            return chunk;
-    return nullptr;
+    return search_chunk(mmh, address);
 }
 
 // ---- What needs neither the store nor a check ------------------------------------------------------------------
-// The everyday half of each kind's allocation. Null where there is more to do, with nothing changed.
+// The everyday half of each kind's allocation in a live pool. Null where there is more to do, with nothing changed.
 
 inline CS_VOID *take_node(MM_HANDLE *mmh, CS_INT size) {
     MmUniformPool &pool = mmh->mmh_pool.u;
-    if (!is_live(mmh) || size != pool.uniform_size || pool.free == nullptr)
+    if (size != pool.uniform_size || pool.free == nullptr)
         return nullptr;
     MmList *node = pool.free;
     pool.free = node->link;
@@ -99,18 +93,17 @@ inline void put_node(MM_HANDLE *mmh, CS_VOID *memory) {
     mmh->mmh_pool.u.free = node;
 }
 
-inline CS_VOID *take_from_area(MmList *area, CS_INT r) {
+inline CS_VOID *take_from_area(MmList *area, CS_UINT r) {
     CS_VOID *memory = area->link;
-    area->size -= static_cast<CS_UINT>(r);
+    area->size -= r;
     area->link = reinterpret_cast<MmList *>(bytes_of(memory) + r);
     return memory;
 }
 
 inline CS_VOID *take_from_newest_area(MM_HANDLE *mmh, CS_INT size) {
-    const MmHeap *newest = mmh->mmh_pool.a.free;
-    if (!is_live(mmh) || size > MAX_REQUEST || newest->free->size < static_cast<CS_UINT>(round_up_8(size)))
-        return nullptr;
-    return take_from_area(newest->free, round_up_8(size));
+    MmList *area = mmh->mmh_pool.a.free->free;
+    const CS_UINT r = ((static_cast<CS_UINT>(size) - 1) & ~7U) + 8; // above any area for a size near the largest
+    return area->size >= r ? take_from_area(area, r) : nullptr;
 }
 
 } // namespace dlx
