@@ -398,6 +398,13 @@ TEST(DateTokens, NamesThatEndInsideACharacterAreNotReadBeyondTheirEnd) {
     for (std::size_t i = 0; i < 12; ++i)
         names[i] = (ends[i] = ExactText(std::string_view("Jan\x8F\0", 5))).get();
     EXPECT_EQ(tokens("Jan", three.get(), {names, names}), Tokens{{DT_ERROR}});
+    // Not even by a word that is cut in the same place, or where a zero byte makes the name a whole one.
+    for (std::size_t i = 0; i < 12; ++i)
+        names[i] = (ends[i] = ExactText(std::string_view("Jan\xA3\0", 5))).get();
+    const ExactText cut("Jan\xA3");
+    EXPECT_EQ(datelookup(cut.get(), 4, names, 12, set.get()), -1);
+    set.norm(1, 0, 's');
+    EXPECT_EQ(tokens("Jans", set.get(), {names, names}), Tokens{{DT_ERROR}});
 }
 
 // ---- Finding tokens ----
