@@ -1,5 +1,6 @@
 // Threads, their identities, cancellation and keys.
 #include "support/assertions.h"
+#include "support/cancelled_threads.h"
 #include "support/failing_allocator.h"
 #include "support/failing_system.h"
 #include "support/tasks.h"

@@ -1,5 +1,6 @@
 // Events and semaphores: who is woken, how long a wait lasts, what a cancellation and a failing call leave behind.
 #include "support/assertions.h"
+#include "support/cancelled_threads.h"
 #include "support/failing_system.h"
 #include "support/tasks.h"
 
