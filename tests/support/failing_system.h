@@ -15,8 +15,9 @@
 #include <signal.h>
 #include <time.h>
 
-// The run time of a sanitizer calls these before it can take note of a call.
-#define PASSES_ON __attribute__((no_sanitize("thread")))
+// The run time of a sanitizer calls these before it can take note of a call. A cancellation drops the frames of waits,
+// which must not leave red zones behind.
+#define PASSES_ON __attribute__((no_sanitize("thread", "address", "undefined")))
 
 namespace support {
 
