@@ -198,8 +198,8 @@ TEST(DateAdd, SumsAroundTheEndsOfTheCalendar) {
         const CS_INT day = draw.day(), ticks = draw.ticks();
         const std::int64_t end = draw.below(2) == 0 ? FIRST_DAY : LAST_DAY;
         const std::int64_t days = end - day;
-        const std::int64_t counts[] = {days,        days / 7,     days * 24, days * 1440, days * 86400,
-                                       days / 365 , days / 91 , days / 30};
+        const std::int64_t counts[] = {days,         days / 7,   days * 24, days * 1440,
+                                       days * 86400, days / 365, days / 91, days / 30};
         for (const std::int64_t count : counts) {
             const std::int64_t value = count + draw.between(-3, 3);
             if (fits(value))
@@ -211,8 +211,8 @@ TEST(DateAdd, SumsAroundTheEndsOfTheCalendar) {
 TEST(DateAdd, EveryPairOfLimits) {
     const CS_INT days[] = {INT_MIN, -693596, -693595, -53691, -53690, -1, 0, 1, 59, 2958463, 2958464, INT_MAX};
     const CS_INT times[] = {INT_MIN, -25920001, -25920000, -1, 0, 1, 25919999, 25920000, INT_MAX};
-    const CS_INT values[] = {INT_MIN, INT_MIN + 1, -86400001, -86400000, -1441, -1440, -25,   -24,      -1,      0,
-                             1,       24,          25,        1440,      1441,  86400, 86401, 86400000, 86400001, INT_MAX};
+    const CS_INT values[] = {INT_MIN, INT_MIN + 1, -86400001, -86400000, -1441, -1440, -25,      -24,      -1,     0, 1,
+                             24,      25,          1440,      1441,      86400, 86401, 86400000, 86400001, INT_MAX};
     for (const CS_INT day : days)
         for (const CS_INT time : times)
             for (const CS_INT value : values)
@@ -261,9 +261,7 @@ TEST(DateAdd, EveryMonthOfEveryDayOfAYear) {
                 ASSERT_EQ(sum_of(DATEPART_MONTH, months, day, 1), expected_sum(2, months, day, 1));
 }
 
-TEST(DateAdd, IsoYearsAreYears) {
-    EXPECT_EQ(sum_of(DATEPART_ISOYEAR, 1, at(2021, 1, 1)), (Sum{0, at(2022, 1, 1), 0}));
-}
+TEST(DateAdd, IsoYearsAreYears) { EXPECT_EQ(sum_of(DATEPART_ISOYEAR, 1, at(2021, 1, 1)), (Sum{0, at(2022, 1, 1), 0})); }
 
 TEST(DateAdd, YearsOutsideTheCalendarClearTheDay) {
     for (const int part : CALENDAR_PARTS)
@@ -373,8 +371,9 @@ TEST(BigDateAdd, ValuesOutsideTheRange) {
 }
 
 TEST(BigDateAdd, EveryPairOfLimits) {
-    for (const CS_BIGDATETIME value : {CS_UBIGINT(0), CS_UBIGINT(1), MICROS_A_DAY - 1, MICROS_A_DAY, FIRST_BIG - 1,
-                                       FIRST_BIG, LAST_BIG, LAST_BIG + 1, CS_UBIGINT(LLONG_MAX), CS_UBIGINT(ULLONG_MAX)})
+    for (const CS_BIGDATETIME value :
+         {CS_UBIGINT(0), CS_UBIGINT(1), MICROS_A_DAY - 1, MICROS_A_DAY, FIRST_BIG - 1, FIRST_BIG, LAST_BIG,
+          LAST_BIG + 1, CS_UBIGINT(LLONG_MAX), CS_UBIGINT(ULLONG_MAX)})
         for (const CS_INT amount : {INT_MIN, INT_MIN + 1, -1000, -1, 0, 1, 1000, INT_MAX})
             for (const CS_BYTE type : {BIG_DATETIME, BIG_TIME})
                 compare_big(amount, value, type);

@@ -92,7 +92,8 @@ Outcome good(const Bytes &value) { return {0, value}; }
 
 using Function = int (*)(int, CS_INT, __CONSTANT *, __CONSTANT *);
 
-Outcome run(Function function, int part, CS_INT value, CS_BYTE type, const Bytes &from, CS_BYTE to_type, CS_INT maxlen) {
+Outcome run(Function function, int part, CS_INT value, CS_BYTE type, const Bytes &from, CS_BYTE to_type,
+            CS_INT maxlen) {
     Constant source(type, from), result(to_type, maxlen);
     const int code = function(part, value, source.get(), result.get());
     EXPECT_TRUE(source.is(from));
@@ -112,6 +113,15 @@ Outcome big_sum(int part, CS_INT value, CS_BYTE type, const Bytes &from, CS_INT 
 
 // ---- Ticks ----
 
+TEST(DateaddBoth, TypesHaveTheNumbersOfTheWire) {
+    EXPECT_EQ(TDS_DATE, DATE);
+    EXPECT_EQ(TDS_TIME, TIME);
+    EXPECT_EQ(TDS_DATETIME4, NARROW);
+    EXPECT_EQ(TDS_DATETIME, DATETIME);
+    EXPECT_EQ(TDS_BIGDATETIME, BIG_DATETIME);
+    EXPECT_EQ(TDS_BIGTIME, BIG_TIME);
+}
+
 TEST(DateaddBoth, EachType) {
     EXPECT_EQ(sum(DATEPART_MONTH, 1, DATETIME, datetime(45320, 777)), good(datetime(45349, 777)));
     EXPECT_EQ(sum(DATEPART_MONTH, 1, NARROW, narrow(45320, 77)), good(narrow(45349, 77)));
@@ -130,12 +140,12 @@ TEST(DateaddBoth, RandomSumsAreThoseOfDateAdd) {
         const CS_USHORT days = static_cast<CS_USHORT>(draw.below(65536));
         const CS_USHORT minutes = static_cast<CS_USHORT>(draw.below(1440));
         for (int part = 0; part <= 13; ++part) {
-            CS_DATETIME wide = {day, ticks}, of_date = {day, 0}, of_time = {0, ticks}, of_narrow = {days, minutes * 18000};
+            CS_DATETIME wide = {day, ticks}, of_date = {day, 0}, of_time = {0, ticks},
+                        of_narrow = {days, minutes * 18000};
             int code = com__date_add(part, value, &wide);
-            ASSERT_EQ(sum(part, value, DATETIME, datetime(day, ticks)),
-                      code != 0            ? failed(code)
-                      : wide.dtdays < -53690 ? failed(1)
-                                             : good(bytes_of(wide)));
+            ASSERT_EQ(sum(part, value, DATETIME, datetime(day, ticks)), code != 0              ? failed(code)
+                                                                        : wide.dtdays < -53690 ? failed(1)
+                                                                                               : good(bytes_of(wide)));
             code = com__date_add(part, value, &of_date);
             ASSERT_EQ(sum(part, value, DATE, word(day)), code != 0 ? failed(code) : good(word(of_date.dtdays)));
             code = com__date_add(part, value, &of_time);
@@ -144,7 +154,8 @@ TEST(DateaddBoth, RandomSumsAreThoseOfDateAdd) {
             CS_DATETIME4 result;
             if (code == 0)
                 code = com__dttodate4(&of_narrow, &result);
-            ASSERT_EQ(sum(part, value, NARROW, narrow(days, minutes)), code != 0 ? failed(code) : good(bytes_of(result)));
+            ASSERT_EQ(sum(part, value, NARROW, narrow(days, minutes)),
+                      code != 0 ? failed(code) : good(bytes_of(result)));
         }
     }
 }
@@ -197,7 +208,8 @@ TEST(DateaddBoth, LengthsAndRoomsOtherThan8And4AreRefused) {
     for (int length = 0; length <= 16; ++length)
         for (const CS_BYTE type : {DATE, TIME, NARROW, DATETIME})
             if (length != 4 && length != 8) {
-                EXPECT_EQ(sum_to(DATETIME, 8, DATEPART_DAY, 1, type, Bytes(static_cast<std::size_t>(length), 1)), failed(1));
+                EXPECT_EQ(sum_to(DATETIME, 8, DATEPART_DAY, 1, type, Bytes(static_cast<std::size_t>(length), 1)),
+                          failed(1));
                 EXPECT_EQ(sum_to(type, length, DATEPART_DAY, 1, DATETIME, datetime(10, 20)), failed(1));
             }
     for (const CS_INT length : {INT_MIN, -8, -1, 0, 1, 255, 65536 + 4, INT_MAX}) {

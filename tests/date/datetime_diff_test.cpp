@@ -162,8 +162,8 @@ TEST(DateDiff, RandomPairsCloseToEachOther) {
 // As many days apart as each part can have, and a time before, at and behind.
 TEST(DateDiff, EveryTimeAtTheLimitsOfOverflow) {
     const std::int64_t limits[] = {24, 24855, 1491308, 89478485, 2147483647};
-    const CS_INT times[] = {0, 1, 299, 300, 301, 17999, 18000, 18001, TICKS_A_DAY / 2, TICKS_A_DAY - 300,
-                            TICKS_A_DAY - 1};
+    const CS_INT times[] = {
+        0, 1, 299, 300, 301, 17999, 18000, 18001, TICKS_A_DAY / 2, TICKS_A_DAY - 300, TICKS_A_DAY - 1};
     for (const std::int64_t limit : limits)
         for (std::int64_t days = limit - 2; days <= limit + 2; ++days)
             for (const CS_INT time1 : times)
@@ -335,7 +335,8 @@ TEST(BigDateDiff, RandomPairsCloseToEachOther) {
 TEST(BigDateDiff, ValuesOutsideTheRange) {
     Draw draw(77);
     for (int i = 0; i < 10000 && !testing::Test::HasFatalFailure(); ++i) {
-        const CS_BIGDATETIME from = draw.below(1ull << 63), to = draw.below(2) == 0 ? draw.below(FIRST_BIG) : draw.big();
+        const CS_BIGDATETIME from = draw.below(1ull << 63),
+                             to = draw.below(2) == 0 ? draw.below(FIRST_BIG) : draw.big();
         compare_big(from, to, from >= FIRST_BIG && to >= FIRST_BIG);
     }
     compare_big(FIRST_BIG, LAST_BIG);

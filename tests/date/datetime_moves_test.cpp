@@ -264,10 +264,11 @@ TEST(FromBig, EveryMillisecondOfADay) {
     for (CS_INT millisecond = 0; millisecond < 86400000; ++millisecond) {
         const CS_UBIGINT time = millisecond * 1000ull;
         const CS_INT rounded = rounded_ticks(millisecond);
-        if (wrong < 0 && (big_to_datetime(midnight(45349) + time) != Ticks{CS_SUCCEED, 45349, capped_ticks(millisecond)} ||
-                          big_to_time(midnight(45349) + time) != Ticks{CS_SUCCEED, 0, rounded} ||
-                          big_time_to_time(time) != Ticks{CS_SUCCEED, 0, rounded} ||
-                          big_time_to_datetime(time) != Ticks{CS_SUCCEED, 0, rounded}))
+        if (wrong < 0 &&
+            (big_to_datetime(midnight(45349) + time) != Ticks{CS_SUCCEED, 45349, capped_ticks(millisecond)} ||
+             big_to_time(midnight(45349) + time) != Ticks{CS_SUCCEED, 0, rounded} ||
+             big_time_to_time(time) != Ticks{CS_SUCCEED, 0, rounded} ||
+             big_time_to_datetime(time) != Ticks{CS_SUCCEED, 0, rounded}))
             wrong = millisecond;
     }
     EXPECT_EQ(wrong, -1);

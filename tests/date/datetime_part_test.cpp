@@ -304,9 +304,9 @@ public:
     std::string text(int length) const {
         const std::string_view all(bytes_, sizeof bytes_);
         const std::size_t end = all.find_last_not_of(FILL) + 1;
-        return end == static_cast<std::size_t>(length) ? std::string(all.substr(0, end))
-                                                       : "length " + std::to_string(length) + " of " +
-                                                             std::string(all.substr(0, end));
+        return end == static_cast<std::size_t>(length)
+                   ? std::string(all.substr(0, end))
+                   : "length " + std::to_string(length) + " of " + std::string(all.substr(0, end));
     }
 
 private:
@@ -341,8 +341,8 @@ std::string number(int value, int width) {
 TEST(DateName, EveryPartOfADay) {
     const CS_INT day = day_of(2021, 1, 1);
     const CS_INT ticks = (13 * 3600 + 4 * 60 + 59) * 300 + 299;
-    const char *expected[] = {"2021", "1", "January", "Friday", "1", "1", "13", "4",
-                              "59",   "996", "1",     "2020",   "53", "Friday", "0"};
+    const char *expected[] = {"2021", "1",   "January", "Friday", "1",  "1",      "13", "4",
+                              "59",   "996", "1",       "2020",   "53", "Friday", "0"};
     for (int part = FIRST_PART; part <= LAST_PART; ++part)
         EXPECT_EQ(name_of(part, day, ticks), expected[part]) << part;
     const char *big[] = {"2021", "1",   "January", "Friday", "1",  "1",      "13",    "4",

@@ -199,8 +199,8 @@ TEST(DateCrack, YearsBeforeTheFirstAllHave365DaysAlsoLeapOnes) {
 }
 
 TEST(DateCrack, BigValuesOutsideTheCalendarCrackByTheirDayNumber) {
-    std::vector<CS_BIGDATETIME> values = {0, 1, FIRST_BIG - 1, FIRST_BIG, LAST_BIG, LAST_BIG + 1, ULLONG_MAX,
-                                          ULLONG_MAX - 1};
+    std::vector<CS_BIGDATETIME> values = {
+        0, 1, FIRST_BIG - 1, FIRST_BIG, LAST_BIG, LAST_BIG + 1, ULLONG_MAX, ULLONG_MAX - 1};
     Draw draw(52);
     for (int i = 0; i < 5000; ++i) {
         values.push_back(draw.below(FIRST_BIG));
@@ -542,8 +542,8 @@ public:
     static constexpr std::size_t SIZE = 10 * sizeof(CS_INT);
 
     ShortRecord() : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
-        memory_ = static_cast<char *>(
-            mmap(nullptr, 2 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        memory_ =
+            static_cast<char *>(mmap(nullptr, 2 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
         if (memory_ == MAP_FAILED || mprotect(memory_ + page_, page_, PROT_NONE) != 0)
             std::abort();
         put(untouched_record());

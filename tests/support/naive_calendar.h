@@ -19,8 +19,8 @@ namespace support::calendar {
 
 using Wide = __int128;
 
-constexpr std::int64_t FIRST_DAY = -693595;        // 0001-01-01
-constexpr std::int64_t LAST_DAY = 2958463;         // 9999-12-31
+constexpr std::int64_t FIRST_DAY = -693595;         // 0001-01-01
+constexpr std::int64_t LAST_DAY = 2958463;          // 9999-12-31
 constexpr std::int64_t FIRST_DATETIME_DAY = -53690; // 1753-01-01
 constexpr std::int64_t DAYS = LAST_DAY - FIRST_DAY + 1;
 constexpr CS_INT TICKS_A_DAY = 25920000;
@@ -99,9 +99,7 @@ inline CS_BIGDATETIME midnight(std::int64_t day) {
 
 constexpr int weekday_of(std::int64_t day) { return static_cast<int>((((day + 693596) % 7) + 7) % 7); }
 
-constexpr std::int64_t leap_years(std::int64_t year) {
-    return year < 0 ? 0 : year / 4 - year / 100 + year / 400;
-}
+constexpr std::int64_t leap_years(std::int64_t year) { return year < 0 ? 0 : year / 4 - year / 100 + year / 400; }
 
 // Any day, by the loops that define what days far from the calendar crack to.
 inline Date crack_by_loops(std::int64_t day) {
@@ -211,9 +209,9 @@ public:
                              : static_cast<CS_INT>(below(TICKS_A_DAY));
     }
     CS_INT any_ticks() {
-        return below(2) == 0 ? near({0, TICKS_A_DAY, -TICKS_A_DAY, -2147483648LL, 2147483647}, 5, -2147483648LL,
-                                    2147483647)
-                             : static_cast<CS_INT>(random_());
+        return below(2) == 0
+                   ? near({0, TICKS_A_DAY, -TICKS_A_DAY, -2147483648LL, 2147483647}, 5, -2147483648LL, 2147483647)
+                   : static_cast<CS_INT>(random_());
     }
     CS_UBIGINT micros_of_day() {
         const CS_UBIGINT time = below(MICROS_A_DAY);
