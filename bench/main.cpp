@@ -9,6 +9,7 @@ int main(int argc, char **argv) {
     bench::enter_money_rows();
     bench::enter_dispatch_rows();
     bench::enter_pool_rows();
+    bench::enter_list_rows();
     bench::enter_locfile_rows();
     bench::enter_mutex_rows();
 

@@ -669,7 +669,9 @@ public:
 
 private:
     bool accident() { return accidents_ != 0 && below(accidents_) == 0; }
-    std::string one_of(std::initializer_list<const char *> texts) { return texts.begin()[below(static_cast<int>(texts.size()))]; }
+    std::string one_of(std::initializer_list<const char *> texts) {
+        return texts.begin()[below(static_cast<int>(texts.size()))];
+    }
     std::string blanks() { return one_of({"", "", " ", "\t", " \t "}); }
     std::string line_end() { return accident() ? one_of({"\r\r\n", "\r", ""}) : one_of({"\n", "\n", "\r\n"}); }
 
