@@ -1,0 +1,474 @@
+// The main engine: text from any character set to any other.
+//
+// Each route is tried in the order of its cost. Sets that are the same are copied, the application's own conversions
+// come next, then text that is ASCII alone, and only then 16-bit text in between. Values of a database are short: work
+// buffers lie on the stack until one is too long for that.
+
+#include "charset/operands.h"
+#include "diag/check.h"
+
+#include <dlxcomn/charconv.h>
+#include <dlxcomn/list.h>
+#include <dlxcomn/path.h>
+#include <dlxunic/unic.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace dlx {
+namespace {
+
+constexpr int SUBSTITUTE = '?';
+constexpr int WIDE_SUBSTITUTE = 0x3F3F; // two of them
+constexpr CS_INT LONGEST_UTF8 = 0x3FFFFFFE;
+constexpr int PATH_SIZE = 1024;
+constexpr UNICONV_CID ASCII_CID = 0;
+constexpr int USE_GIVEN_DIRECTORY = 2;
+
+CS_CHAR UNICODE_DIRECTORY[] = "unicode";
+
+// ---- Work buffers ----
+
+// Memory for `count` elements, not cleared.
+template <class Element>
+class Buffer {
+public:
+    explicit Buffer(std::size_t count)
+        : data_(count <= ON_STACK ? small_ : static_cast<Element *>(std::malloc(count * sizeof(Element)))) {}
+    ~Buffer() {
+        if (data_ != small_)
+            std::free(data_);
+    }
+    Buffer(const Buffer &) = delete;
+    Buffer &operator=(const Buffer &) = delete;
+
+    bool is_there() const { return data_ != nullptr; }
+    Element *data() { return data_; }
+
+private:
+    static constexpr std::size_t ON_STACK = 512 / sizeof(Element);
+
+    Element small_[ON_STACK];
+    Element *data_;
+};
+
+std::size_t with_terminator(CS_INT length) { return static_cast<std::size_t>(length) + 1; }
+
+// A copy of the source with a NUL behind it, as the Unicode library takes its texts.
+class TerminatedCopy {
+public:
+    TerminatedCopy(const CS_BYTE *source, CS_INT length) : buffer_(with_terminator(length)) {
+        if (!buffer_.is_there())
+            return;
+        std::memcpy(buffer_.data(), source, static_cast<std::size_t>(length));
+        buffer_.data()[length] = '\0';
+    }
+    bool is_there() const { return buffer_.is_there(); }
+    const char *text() { return buffer_.data(); }
+
+private:
+    Buffer<char> buffer_;
+};
+
+// ---- Handles ----
+
+class Handle {
+public:
+    Handle() = default;
+    ~Handle() {
+        if (is_own_)
+            uniconv_HandleFree(handle_);
+    }
+    Handle(const Handle &) = delete;
+    Handle &operator=(const Handle &) = delete;
+
+    // Takes the handle that was set for the process, if there is one.
+    bool take_persistent() {
+        handle_ = comn__get_persistent_handle();
+        return handle_ != nullptr;
+    }
+    bool open(UNICONV_CID cid) {
+        is_own_ = uniconv_HandleGet(cid, &handle_) == UNI_OK;
+        return is_own_;
+    }
+    // By the directory of the tables.
+    bool open(UNICONV_CID cid, const I18NUNI_REQUEST &request, const UNICHAR *path) {
+        constexpr int SELECTOR = 0;
+        is_own_ = uniconv_HandleGetU(cid, &request, path, SELECTOR, &handle_) == UNI_OK;
+        return is_own_;
+    }
+    // A character of one byte in the source becomes one byte also where the destination has wider ones.
+    void set_substitutes(bool is_source_single_byte) {
+        uniconv_SetSubstituteChar(handle_, SUBSTITUTE);
+        uniconv_SetDBCSSubstituteChar(handle_, is_source_single_byte ? SUBSTITUTE : WIDE_SUBSTITUTE);
+    }
+    CVTH get() const { return handle_; }
+
+private:
+    CVTH handle_ = nullptr;
+    bool is_own_ = false;
+};
+
+bool is_done(int status) { return status == UNI_OK || status == UNI_SUBSTITUTED; }
+bool is_cut(int status) { return status == UNI_NOROOM || status == UNI_NOROOM_SUBSTITUTED; }
+
+bool open_set(const CHAR_ATTRIB &set, Handle &handle) {
+    UNICONV_CID cid;
+    return comn__get_unilib_cid(set.cs_id, &cid) == CS_SUCCEED && handle.open(cid);
+}
+
+// The same by the directory of the home, which goes to the library as 16-bit text.
+bool open_set_of_home(CS_CONTEXT *context, const CHAR_ATTRIB &set, Handle &handle) {
+    UNICONV_CID cid;
+    CS_CHAR path[PATH_SIZE];
+    UNICHAR wide_path[PATH_SIZE];
+    if (comn__get_unilib_cid(set.cs_id, &cid) != CS_SUCCEED ||
+        com_path_charfile(context, UNICODE_DIRECTORY, nullptr, nullptr, path, PATH_SIZE) != CS_SUCCEED)
+        return false;
+    int count;
+    Handle ascii;
+    if (!ascii.open(ASCII_CID) || !is_done(uniconv_unistrFromS(ascii.get(), wide_path, PATH_SIZE, path, &count)))
+        return false;
+    I18NUNI_REQUEST request;
+    i18nuni_RequestSetDefaults(&request);
+    request.useCurrentDir = USE_GIVEN_DIRECTORY;
+    if (!handle.open(cid, request, wide_path))
+        return false;
+    handle.set_substitutes(false); // every character of UTF-8 but ASCII is wider than a byte
+    return true;
+}
+
+// ---- Sets ----
+
+CS_VOID *category(const CS_LOCALE &locale, CS_INT type) {
+    switch (type) {
+    case CS_LC_MESSAGE:
+        return locale.messageptr;
+    case CS_LC_MONETARY:
+        return locale.monetaryptr;
+    case CS_LC_NUMERIC:
+        return locale.numericptr;
+    case CS_LC_TIME:
+        return locale.timeptr;
+    default:
+        return locale.ctypeptr;
+    }
+}
+
+// The cache of a descriptor's locale, or of the context's, with its character set; null after a report.
+CsLocCache *cache_of(const CS_CONTEXT &context, const CS_LOCALE *locale, CS_INT type) {
+    if (locale == nullptr)
+        locale = context.ctxlocale;
+    COM_REQUIRE_PTR(locale, nullptr);
+    auto *const cache = static_cast<CsLocCache *>(category(*locale, type));
+    COM_REQUIRE_PTR(cache, nullptr);
+    COM_REQUIRE_PTR(cache->locchardesc, nullptr);
+    COM_REQUIRE_PTR(cache->locchardesc->char_attrib, nullptr);
+    return cache;
+}
+
+bool is_same_set(const CsLocCache *cache1, const CsLocCache *cache2) {
+    return cache1 == cache2 || cache1->locchardesc == cache2->locchardesc;
+}
+
+bool is_utf8(const CS_CONTEXT &context, const CsLocCache &cache) {
+    return cache.locchardesc == context.ctxglobals->cmg_utf8_charset;
+}
+
+CsUserAlgo *user_conversion(CS_CONTEXT *context, const CsLocCache &from, const CsCharDesc &to) {
+    CsUserAlgo *conversion;
+    comn__get_user_charconv(context, from.locchardesc->oid, to.oid, &conversion);
+    return conversion;
+}
+
+// A format for an end that the caller has not described.
+CS_DATAFMT text_format(CS_INT length) {
+    CS_DATAFMT format = {};
+    format.datatype = CS_CHAR_TYPE;
+    format.maxlength = length;
+    return format;
+}
+
+CS_RETCODE copy_telling(CS_BYTE *dest, CS_INT room, const CS_BYTE *source, CS_INT length, CS_INT *resultlen) {
+    const CS_INT count = std::min(length, room);
+    std::memmove(dest, source, static_cast<std::size_t>(count));
+    *resultlen = count;
+    return count < length ? CS_ETRUNCATED : CS_SUCCEED;
+}
+
+// ---- Through 16-bit text ----
+
+// What came out, and how.
+struct Converted {
+    CS_RETCODE status;
+    CS_INT bytes;
+};
+
+constexpr Converted FAILED = {CS_FAIL, 0};
+
+// 16-bit text to `room` bytes of the handle's set, in a buffer with one more.
+Converted to_set(CVTH handle, const UNICHAR *text, char *buffer, CS_INT room) {
+    int count = 0;
+    const int status = uniconv_unistrToS(handle, buffer, room + 1, text, &count);
+    if (is_done(status))
+        return {CS_SUCCEED, count - 1};
+    return is_cut(status) ? Converted{CS_ETRUNCATED, std::min(count - 1, room)} : FAILED;
+}
+
+CS_RETCODE convert_by_tables(const CHAR_ATTRIB &from, const CHAR_ATTRIB &to, const SourceText &source,
+                             const DestinationText &destination, CS_INT *resultlen) {
+    Handle from_handle, to_handle;
+    if (!open_set(from, from_handle) || !open_set(to, to_handle))
+        return CS_FAIL;
+    to_handle.set_substitutes(from.cs_width_map == nullptr);
+
+    TerminatedCopy copy(source.data, source.length);
+    Buffer<UNICHAR> text(with_terminator(source.length));
+    Buffer<char> bytes(with_terminator(destination.room));
+    if (!copy.is_there() || !text.is_there() || !bytes.is_there())
+        return CS_MEM_ERROR;
+    int units = 0;
+    const int decoded = uniconv_unistrFromS(from_handle.get(), text.data(), source.length + 1, copy.text(), &units);
+    const bool is_source_cut = decoded == UNI_TRUNCATED && units > 1;
+    if (!is_done(decoded) && !is_source_cut)
+        return CS_FAIL;
+    Converted converted = to_set(to_handle.get(), text.data(), bytes.data(), destination.room);
+    if (converted.status == CS_SUCCEED && is_source_cut)
+        converted.status = CS_ETRUNCATED;
+    // At the value itself, not behind its length: a CS_VARCHAR then has its length over its first two bytes of text.
+    // Callers have settled for that.
+    std::memcpy(destination.value, bytes.data(), static_cast<std::size_t>(converted.bytes));
+    destination.set_length(converted.bytes);
+    *resultlen = converted.bytes;
+    return converted.status;
+}
+
+} // namespace
+} // namespace dlx
+
+using namespace dlx;
+
+// ---- The persistent handle ----
+
+CVTH comn__persistent_handle = nullptr;
+
+void comn_set_persistent_handle(CVTH handle) { comn__persistent_handle = handle; }
+
+CVTH comn__get_persistent_handle() { return comn__persistent_handle; }
+
+// ---- Conversion ----
+
+CS_RETCODE comn__copy_ascii_only(CS_BYTE *dest, CS_INT destlen, CS_BYTE *src, CS_INT srclen, CS_INT *resultlen) {
+    constexpr CS_INT STRIDE = sizeof(CS_UBIGINT);
+    constexpr CS_UBIGINT HIGH_BITS = 0x8080808080808080;
+    COM_REQUIRE_PTR(dest, CS_FAIL);
+    COM_REQUIRE_PTR(src, CS_FAIL);
+    COM_REQUIRE_PTR(resultlen, CS_FAIL);
+    const CS_INT count = std::min(destlen, srclen);
+    CS_INT at = 0;
+    for (; count - at >= STRIDE; at += STRIDE) {
+        const CS_UBIGINT bytes = load<CS_UBIGINT>(src + at);
+        if ((bytes & HIGH_BITS) != 0)
+            break;
+        store(dest + at, bytes);
+    }
+    for (; at < count; ++at) {
+        dest[at] = src[at];
+        if ((src[at] & 0x80) != 0) {
+            *resultlen = 0;
+            return CS_ENOCONV;
+        }
+    }
+    *resultlen = count;
+    return destlen < srclen ? CS_ETRUNCATED : CS_SUCCEED;
+}
+
+CS_RETCODE comn__convt_to_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_DATAFMT *srcfmt, CsLocCache *src_lcache,
+                               CS_VOID *src, CS_VOID *dest, CS_INT destlen, CS_INT *resultlen) {
+    (void)match_mode;
+    COM_REQUIRE_PTR(context, CS_FAIL);
+    COM_REQUIRE_PTR(context->ctxglobals, CS_FAIL);
+    COM_REQUIRE_PTR(srcfmt, CS_FAIL);
+    COM_REQUIRE_PTR(src_lcache, CS_FAIL);
+    COM_REQUIRE_PTR(src_lcache->locchardesc, CS_FAIL);
+    COM_REQUIRE_PTR(src, CS_FAIL);
+    COM_REQUIRE_PTR(dest, CS_FAIL);
+    COM_REQUIRE_PTR(resultlen, CS_FAIL);
+    COM_REQUIRE(srcfmt->maxlength >= 0 && destlen >= 0, CS_FAIL);
+    auto *const source = static_cast<CS_BYTE *>(src);
+    auto *const to = static_cast<CS_BYTE *>(dest);
+    const CS_INT length = srcfmt->maxlength;
+    if (is_utf8(*context, *src_lcache))
+        return copy_telling(to, destlen, source, length, resultlen);
+    const auto *const utf8 = static_cast<const CsCharDesc *>(context->ctxglobals->cmg_utf8_charset);
+    COM_REQUIRE_PTR(utf8, CS_FAIL);
+    if (const CsUserAlgo *conversion = user_conversion(context, *src_lcache, *utf8)) {
+        CS_DATAFMT destfmt = text_format(destlen);
+        return conversion->user_conv_func(context, srcfmt, src, &destfmt, dest, resultlen);
+    }
+    if (comn__copy_ascii_only(to, destlen, source, length, resultlen) == CS_SUCCEED)
+        return CS_SUCCEED;
+
+    *resultlen = 0;
+    Handle handle;
+    if (!handle.take_persistent() && !open_set(*src_lcache->locchardesc->char_attrib, handle))
+        return COM_TRACE(CS_FAIL);
+    TerminatedCopy copy(source, length);
+    Buffer<UNICHAR> text(with_terminator(length));
+    Buffer<char> bytes(with_terminator(destlen));
+    if (!copy.is_there() || !text.is_there() || !bytes.is_there())
+        return COM_TRACE(CS_MEM_ERROR);
+    int count = 0;
+    if (!is_done(uniconv_unistrFromS(handle.get(), text.data(), length + 1, copy.text(), &count)))
+        return COM_TRACE(CS_FAIL);
+    const int written = uniutf8_unistrToUTF8(bytes.data(), destlen + 1, text.data(), &count);
+    if (written < 0 && written != UNI_UTF8_NOROOM)
+        return COM_TRACE(CS_FAIL);
+    *resultlen = written == UNI_UTF8_NOROOM ? std::min(count, destlen) : written;
+    std::memcpy(to, bytes.data(), static_cast<std::size_t>(*resultlen));
+    return written == UNI_UTF8_NOROOM ? COM_TRACE(CS_ETRUNCATED) : CS_SUCCEED;
+}
+
+CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE *src, CS_INT srclen,
+                                 CS_DATAFMT *destfmt, CsLocCache *dest_lcache, CS_VOID *dest, CS_INT *resultlen) {
+    (void)match_mode;
+    COM_REQUIRE_PTR(context, CS_FAIL);
+    COM_REQUIRE_PTR(context->ctxglobals, CS_FAIL);
+    COM_REQUIRE_PTR(src, CS_FAIL);
+    COM_REQUIRE_PTR(destfmt, CS_FAIL);
+    COM_REQUIRE_PTR(dest_lcache, CS_FAIL);
+    COM_REQUIRE_PTR(dest_lcache->locchardesc, CS_FAIL);
+    COM_REQUIRE_PTR(dest, CS_FAIL);
+    COM_REQUIRE_PTR(resultlen, CS_FAIL);
+    COM_REQUIRE(destfmt->maxlength >= 0, CS_FAIL);
+    *resultlen = 0;
+    if (srclen < 0 || srclen > LONGEST_UTF8)
+        return COM_TRACE(CS_FAIL);
+    auto *const to = static_cast<CS_BYTE *>(dest);
+    const CS_INT room = destfmt->maxlength;
+    if (is_utf8(*context, *dest_lcache))
+        return copy_telling(to, room, src, srclen, resultlen);
+    const auto *const utf8 = static_cast<const CsCharDesc *>(context->ctxglobals->cmg_utf8_charset);
+    COM_REQUIRE_PTR(utf8, CS_FAIL);
+    CsUserAlgo *conversion;
+    comn__get_user_charconv(context, utf8->oid, dest_lcache->locchardesc->oid, &conversion);
+    if (conversion != nullptr) {
+        CS_DATAFMT srcfmt = text_format(srclen);
+        return conversion->user_conv_func(context, &srcfmt, src, destfmt, dest, resultlen);
+    }
+
+    Handle handle;
+    if (!handle.take_persistent() &&
+        !open_set_of_home(context, *dest_lcache->locchardesc->char_attrib, handle))
+        return COM_TRACE(CS_FAIL);
+    TerminatedCopy copy(src, srclen);
+    Buffer<UNICHAR> text(with_terminator(srclen));
+    if (!copy.is_there() || !text.is_there())
+        return COM_TRACE(CS_MEM_ERROR);
+    int count = 0;
+    const int units = uniutf8_unistrFromUTF8(text.data(), srclen + 1, copy.text(), &count);
+    int factor;
+    if (units < 0 || uniconv_GetExpansionFactor(handle.get(), &factor) != UNI_OK)
+        return COM_TRACE(CS_FAIL);
+    const CS_INT needed = static_cast<CS_INT>(std::min<CS_BIGINT>(static_cast<CS_BIGINT>(factor) * units, room));
+    Buffer<char> bytes(with_terminator(needed));
+    if (!bytes.is_there())
+        return COM_TRACE(CS_MEM_ERROR);
+    const Converted converted = to_set(handle.get(), text.data(), bytes.data(), needed);
+    std::memcpy(to, bytes.data(), static_cast<std::size_t>(converted.bytes));
+    *resultlen = converted.bytes;
+    return converted.status == CS_SUCCEED ? CS_SUCCEED : COM_TRACE(converted.status);
+}
+
+CS_RETCODE comn_charset_convert(CS_CONTEXT *context, CS_INT type, CS_DATAFMT *srcfmt, CS_VOID *src,
+                                CS_DATAFMT *destfmt, CS_VOID *dest, CS_INT *resultlen) {
+    COM_REQUIRE_PTR(context, CS_FAIL);
+    COM_REQUIRE_PTR(context->ctxglobals, CS_FAIL);
+    COM_REQUIRE_PTR(srcfmt, CS_FAIL);
+    COM_REQUIRE_PTR(src, CS_FAIL);
+    COM_REQUIRE_PTR(destfmt, CS_FAIL);
+    COM_REQUIRE_PTR(dest, CS_FAIL);
+    COM_REQUIRE_PTR(resultlen, CS_FAIL);
+    COM_REQUIRE(type >= CS_LC_CTYPE && type <= CS_LC_TIME, CS_FAIL);
+    CsLocCache *const from = cache_of(*context, srcfmt->locale, type);
+    if (from == nullptr)
+        return CS_FAIL;
+    CsLocCache *const to = cache_of(*context, destfmt->locale, type);
+    if (to == nullptr)
+        return CS_FAIL;
+    const SourceText source(*srcfmt, src);
+    const DestinationText destination(*destfmt, dest);
+    COM_REQUIRE(source.length >= 0 && destination.room >= 0, CS_FAIL);
+
+    if (is_same_set(from, to)) {
+        copy_telling(destination.data, destination.room, source.data, source.length, resultlen);
+        destination.set_length(*resultlen);
+        return CS_SUCCEED; // a cut here has never been told
+    }
+    if (const CsUserAlgo *conversion = user_conversion(context, *from, *to->locchardesc))
+        return conversion->user_conv_func(context, srcfmt, src, destfmt, dest, resultlen);
+    if (comn__copy_ascii_only(destination.data, destination.room, source.data, source.length, resultlen) ==
+        CS_SUCCEED) {
+        destination.set_length(*resultlen);
+        return CS_SUCCEED;
+    }
+    if (is_utf8(*context, *to)) // on the operands as they lie, a length in front of them included
+        return comn__convt_to_utf8(context, 0, srcfmt, from, src, dest, destination.room, resultlen);
+    *resultlen = 0;
+    const CS_RETCODE status = convert_by_tables(*from->locchardesc->char_attrib, *to->locchardesc->char_attrib, source,
+                                                destination, resultlen);
+    return status == CS_SUCCEED ? status : COM_TRACE(status);
+}
+
+CS_RETCODE comn_convert_max_multiplier(CS_CONTEXT *context, CS_INT type, CS_LOCALE *srcloc, CS_LOCALE *destloc,
+                                       CS_INT *multiplier) {
+    COM_REQUIRE_PTR(context, CS_FAIL);
+    COM_REQUIRE_PTR(multiplier, CS_FAIL);
+    *multiplier = 1;
+    if (srcloc == nullptr)
+        srcloc = context->ctxlocale;
+    if (destloc == nullptr)
+        destloc = context->ctxlocale;
+    if (srcloc == destloc)
+        return CS_SUCCEED;
+    const CsLocCache *const from = cache_of(*context, srcloc, type);
+    if (from == nullptr)
+        return CS_FAIL;
+    const CsLocCache *const to = cache_of(*context, destloc, type);
+    if (to == nullptr)
+        return CS_FAIL;
+    if (is_same_set(from, to))
+        return CS_SUCCEED;
+    if (const CsUserAlgo *conversion = user_conversion(context, *from, *to->locchardesc)) {
+        *multiplier = conversion->conv_multiplier;
+        return CS_SUCCEED;
+    }
+    UNICONV_CID from_cid, to_cid;
+    if (comn__get_unilib_cid(from->locchardesc->char_attrib->cs_id, &from_cid) != CS_SUCCEED ||
+        comn__get_unilib_cid(to->locchardesc->char_attrib->cs_id, &to_cid) != CS_SUCCEED ||
+        uniconv_GetExpansion(from_cid, to_cid, multiplier) != UNI_OK)
+        return COM_TRACE(CS_FAIL);
+    return CS_SUCCEED;
+}
+
+// ---- Mnemonics ----
+
+CS_INT comn__drop_mnem_string(CS_VOID *mnemonic) {
+    COM_REQUIRE_PTR(mnemonic, 0);
+    std::free(static_cast<CS_UNICODE_MNEM *>(mnemonic)->string);
+    std::free(mnemonic);
+    return 1; // go on
+}
+
+CS_RETCODE comn_intl_drop_mnemdb(CS_CONTEXT *context) {
+    COM_REQUIRE_PTR(context, CS_FAIL);
+    COM_REQUIRE_PTR(context->ctxglobals, CS_FAIL);
+    auto *const list = static_cast<LM_HANDLE *>(context->ctxglobals->mnem_db);
+    if (list == nullptr)
+        return CS_SUCCEED;
+    lm_list_op(list, LM_OP_WALK, nullptr, LM_UNUSED, reinterpret_cast<CS_VOID *>(comn__drop_mnem_string), nullptr);
+    const CS_RETCODE status = lm_list_drop(list, LM_FORCE_DROP);
+    context->ctxglobals->mnem_db = nullptr;
+    return status == CS_SUCCEED ? status : COM_TRACE(status);
+}
