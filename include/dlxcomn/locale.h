@@ -338,6 +338,22 @@ DLXCOMN_API CS_INT comn_get_datetochar_fmt(CS_CONTEXT *context, CS_DATAFMT *fmt)
  */
 DLXCOMN_API CS_RETCODE comn_intl_set_dtfmt(CS_CONTEXT *context, CS_LOCALE *locale, CS_VOID *buffer);
 
+/* What comn_intl_month and comn_intl_day answer. */
+enum { CS_LOC_MONTH = 7340, CS_LOC_SHORTMONTH = 7341, CS_LOC_DAY = 7342 };
+/*
+ * The name of a month (0 to 11), of a day (0 to 6, from the first day of the week on), the order of dates, and the name
+ * of a locale's cache (which may have none), in their own character set: *outlen bytes at buffer, without a NUL. The
+ * status is that of the conversion.
+ */
+DLXCOMN_API CS_RETCODE comn_intl_month(CsContext *context, CS_LOCALE *locale, CS_INT type, CS_INT month_number,
+                                       CS_CHAR *buffer, CS_INT buflen, CS_INT *outlen);
+DLXCOMN_API CS_RETCODE comn_intl_day(CsContext *context, CS_LOCALE *locale, CS_INT type, CS_INT day_number,
+                                     CS_CHAR *buffer, CS_INT buflen, CS_INT *outlen);
+DLXCOMN_API CS_RETCODE comn_intl_dateorder(CsContext *context, CS_LOCALE *locale, CS_CHAR *buffer, CS_INT buflen,
+                                           CS_INT *outlen);
+DLXCOMN_API CS_RETCODE com_intl_get_locname(CS_CONTEXT *context, CS_VOID *loccache, CS_CHAR *buffer, CS_INT buflen,
+                                            CS_INT *outlen);
+
 /* Read common.loc of the cache's language, unless that is loaded, and set lcache->locdateinfo. */
 DLXCOMN_API CS_RETCODE comn__read_common(CsContext *context, CsLocCache *lcache, CS_CHAR *locfilename,
                                          CS_INT filenamelen);

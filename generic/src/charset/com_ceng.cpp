@@ -359,8 +359,7 @@ CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE
     }
 
     Handle handle;
-    if (!handle.take_persistent() &&
-        !open_set_of_home(context, *dest_lcache->locchardesc->char_attrib, handle))
+    if (!handle.take_persistent() && !open_set_of_home(context, *dest_lcache->locchardesc->char_attrib, handle))
         return COM_TRACE(CS_FAIL);
     TerminatedCopy copy(src, srclen);
     Buffer<UNICHAR> text(with_terminator(srclen));
@@ -381,8 +380,8 @@ CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE
     return converted.status == CS_SUCCEED ? CS_SUCCEED : COM_TRACE(converted.status);
 }
 
-CS_RETCODE comn_charset_convert(CS_CONTEXT *context, CS_INT type, CS_DATAFMT *srcfmt, CS_VOID *src,
-                                CS_DATAFMT *destfmt, CS_VOID *dest, CS_INT *resultlen) {
+CS_RETCODE comn_charset_convert(CS_CONTEXT *context, CS_INT type, CS_DATAFMT *srcfmt, CS_VOID *src, CS_DATAFMT *destfmt,
+                                CS_VOID *dest, CS_INT *resultlen) {
     COM_REQUIRE_PTR(context, CS_FAIL);
     COM_REQUIRE_PTR(context->ctxglobals, CS_FAIL);
     COM_REQUIRE_PTR(srcfmt, CS_FAIL);

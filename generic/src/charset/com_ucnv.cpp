@@ -67,9 +67,9 @@ CS_RETCODE comn__get_user_charconv(CS_CONTEXT *context, CsOID *from_oid, CsOID *
     return *useralgop != nullptr ? CS_SUCCEED : CS_FAIL; // none is the ordinary case, so it is not traced
 }
 
-CS_RETCODE comn_set_user_charset_convert(CS_CONTEXT *context, CS_INT action, CS_CHAR *srccharset,
-                                         CS_INT srccharset_len, CS_CHAR *destcharset, CS_INT destcharset_len,
-                                         CS_INT *multiplier, CS_CONV_FUNC *func) {
+CS_RETCODE comn_set_user_charset_convert(CS_CONTEXT *context, CS_INT action, CS_CHAR *srccharset, CS_INT srccharset_len,
+                                         CS_CHAR *destcharset, CS_INT destcharset_len, CS_INT *multiplier,
+                                         CS_CONV_FUNC *func) {
     constexpr CS_INT DEFAULT_MULTIPLIER = 1;
     COM_REQUIRE_PTR(context, CS_FAIL);
     COM_REQUIRE_PTR(srccharset, CS_FAIL);
@@ -85,8 +85,8 @@ CS_RETCODE comn_set_user_charset_convert(CS_CONTEXT *context, CS_INT action, CS_
     case CS_USERCONV_SET:
         COM_REQUIRE_PTR(func, CS_FAIL);
         if (conversion == nullptr) {
-            const CS_RETCODE status = add_conversion(context, srccharset, srccharset_len, from, destcharset,
-                                                     destcharset_len, to, conversion);
+            const CS_RETCODE status =
+                add_conversion(context, srccharset, srccharset_len, from, destcharset, destcharset_len, to, conversion);
             if (status != CS_SUCCEED)
                 return COM_TRACE(status);
         }
