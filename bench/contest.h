@@ -50,6 +50,7 @@ void enter_text_rows();
 void enter_numeric_text_rows();
 void enter_numeric_rows();
 void enter_money_rows();
+void enter_date_rows();
 void enter_dispatch_rows();
 void enter_pool_rows();
 void enter_locfile_rows();
