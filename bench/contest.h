@@ -53,6 +53,7 @@ void enter_money_rows();
 void enter_date_rows();
 void enter_dispatch_rows();
 void enter_pool_rows();
+void enter_list_rows();
 void enter_locfile_rows();
 void enter_mutex_rows();
 

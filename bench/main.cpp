@@ -10,6 +10,7 @@ int main(int argc, char **argv) {
     bench::enter_date_rows();
     bench::enter_dispatch_rows();
     bench::enter_pool_rows();
+    bench::enter_list_rows();
     bench::enter_locfile_rows();
     bench::enter_mutex_rows();
 

@@ -5,6 +5,8 @@
 #define DLXCOMN_DLXCOMN_H
 
 #include <dlxcomn/appglobal.h>
+#include <dlxcomn/charconv.h>
+#include <dlxcomn/charload.h>
 #include <dlxcomn/charset.h>
 #include <dlxcomn/constant.h>
 #include <dlxcomn/context.h>
@@ -19,10 +21,12 @@
 #include <dlxcomn/money.h>
 #include <dlxcomn/null.h>
 #include <dlxcomn/numeric.h>
+#include <dlxcomn/oid.h>
 #include <dlxcomn/path.h>
 #include <dlxcomn/pool.h>
 #include <dlxcomn/services.h>
 #include <dlxcomn/signals.h>
+#include <dlxcomn/sortorder.h>
 #include <dlxcomn/thread.h>
 #include <dlxcomn/types.h>
 

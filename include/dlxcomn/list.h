@@ -198,7 +198,7 @@ DLXCOMN_API CS_RETCODE lm_list_drop(LM_HANDLE *handle, CS_INT option);
  * level more: data_out is the address of a variable with the address to store at.
  *
  * Linked lists: key is null for the list's own cursor, or the address of a DLinkNode pointer of the caller;
- * key_size of an insert is a position. Hash lists: key and key_size are the key; CS_UNUSED as size, or a null
+ * key_size of an insert is a position. Hash lists: key and key_size are the key; LM_UNUSED as size, or a null
  * key, means the cursor. A miss is LM_NOT_FOUND; walking off a linked list is CS_FAIL. CS_MEM_ERROR.
  */
 DLXCOMN_API CS_RETCODE lm_list_op(LM_HANDLE *handle, CS_INT operation, CS_VOID *key, CS_INT key_size, CS_VOID *data_in,

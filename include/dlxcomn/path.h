@@ -51,6 +51,11 @@ DLXCOMN_API CS_RETCODE comn__open_msgfile(CS_CONTEXT *context, CS_CHAR *lang, CS
                                           CS_INT msgfilelen, INTL_LOCFILE *ifile, CS_CHAR *locfilename,
                                           CS_INT filenamelen);
 
+DLXCOMN_API CS_RETCODE com__open_locfile(CS_CONTEXT *context, CS_CHAR *lang, CS_CHAR *charset, CS_CHAR *locfile,
+                                         INTL_LOCFILE *ifile, CS_CHAR *locfilename, CS_INT filenamelen);
+DLXCOMN_API CS_RETCODE com__open_charfile(CS_CONTEXT *context, CS_CHAR *charset, CS_CHAR *filename, CS_CHAR *fileext,
+                                          INTL_LOCFILE *ifile, CS_CHAR *locfilename, CS_INT filenamelen);
+
 /* ---- Transport configuration --------------------------------------------------------------- */
 
 /* Store a path of up to 511 bytes; null clears it. CS_FAIL keeps the old one. */

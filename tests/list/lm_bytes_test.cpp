@@ -128,7 +128,8 @@ TEST(LmSetData, CopiesIntoPlainMemoryAndCountsWithoutTheTerminator) {
             CS_INT length = 55;
             ASSERT_EQ(lm__api_setdata(text(source.data()), size, terminated, &copy, &length), CS_SUCCEED);
             ASSERT_EQ(length, size);
-            ASSERT_EQ(std::string(copy, static_cast<std::size_t>(size)), source.substr(0, static_cast<std::size_t>(size)));
+            const auto count = static_cast<std::size_t>(size);
+            ASSERT_EQ(std::string(copy, count), source.substr(0, count));
             if (terminated) {
                 ASSERT_EQ(copy[size], '\0');
             }

@@ -229,6 +229,21 @@ TEST_F(LmChash, WalkSeesTheDataOfAllSlotsInOrderAndPrintsNothing) {
     EXPECT_EQ(operate(list, LM_OP_PRINTALL), fails()) << "no function";
 }
 
+TEST_F(LmChash, AWalkMayDeleteWhatItIsOn) {
+    static LM_HANDLE *walked_list;
+    walked_list = list;
+    for (const char *key : {"A", "K", "U", "b"}) // a chain of three, and one
+        insert(key, number_of(key));
+    CS_PRINT_FUNC function = [](CS_VOID *key) -> CS_INT {
+        return lm_list_op(walked_list, LM_OP_DELETE, key, 1, nullptr, nullptr);
+    };
+    CS_VOID *data = UNTOUCHED;
+    EXPECT_EQ(lm_list_op(list, LM_OP_WALK, nullptr, LM_UNUSED, &function, &data), CS_SUCCEED);
+    EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(load_of(list), 0);
+    EXPECT_EQ(walk(list), Numbers{});
+}
+
 TEST_F(LmChashDeathTest, BrokenOperations) {
     expect_broken(STEM, [&] { return operate(list, LM_OP_DELETE).status; });
     expect_broken(STEM, [&] { return remove("A").status; });

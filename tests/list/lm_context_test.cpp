@@ -381,7 +381,8 @@ TEST_F(LmContextDeathTest, UnknownPropertiesAndActionsAndMissingBuffers) {
         expect_broken(STEM, [&] { return lm_property(context, LM_ACT_GET, which, &value, LM_UNUSED, &length); });
     EXPECT_EQ(length, 0);
     for (const CS_INT action : {0, 32, 36})
-        expect_broken(STEM, [&] { return lm_property(context, action, LM_PROP_LIST_TYPE, &value, LM_UNUSED, &length); });
+        expect_broken(STEM,
+                      [&] { return lm_property(context, action, LM_PROP_LIST_TYPE, &value, LM_UNUSED, &length); });
     for (const CS_INT which : {LM_PROP_LIST_TYPE, LM_PROP_MAX_TABLESIZE, LM_PROP_MAX_POOLSIZE, LM_PROP_VERSION,
                                LM_PROP_CONTEXT_LOAD, LM_PROP_CURRENT_HANDLEADDR})
         expect_broken(STEM, [&] { return lm_property(context, LM_ACT_GET, which, nullptr, LM_UNUSED, &length); });

@@ -108,6 +108,11 @@ TEST_F(LmDhash, MissesLeaveAll) {
     EXPECT_EQ(load_of(list), 1);
 }
 
+TEST_F(LmDhash, ADeleteByKeyMissesInAnEmptyTableToo) {
+    EXPECT_EQ(remove("x"), fails(LM_NOT_FOUND));
+    EXPECT_EQ(load_of(list), 0);
+}
+
 TEST_F(LmDhash, UpdateByKeyAndByCursor) {
     insert("a", 1);
     insert("b", 2);
@@ -163,6 +168,10 @@ TEST_F(LmDhashDeathTest, BrokenOperations) {
     remove("a");
     expect_broken(STEM, [&] { return operate(list, LM_OP_DELETE).status; }); // the cursor's slot is empty
     EXPECT_EQ(load_of(list), 1);
+    list->hdlprop->handle_load = 0;
+    expect_broken(STEM, [&] { return remove("b").status; });
+    list->hdlprop->handle_load = 1;
+    EXPECT_EQ(find("b"), succeeds(2));
     expect_broken(STEM, [&] { return lm___api_dhash_search(nullptr, text("a"), 1); });
     expect_broken(STEM, [&] { return lm___api_dhash_op(nullptr, LM_OP_CURRENT, nullptr, 0, nullptr, nullptr); });
     expect_broken(STEM, [] { return lm__api_dhash_init(nullptr); });

@@ -200,6 +200,24 @@ TEST_F(LmDlink, AZeroEndsAWalkAndIsItsStatus) {
     EXPECT_EQ(walked, (Numbers{1, 2, 1, 2}));
 }
 
+TEST_F(LmDlink, AWalkMayDeleteWhatItIsOn) {
+    static LM_HANDLE *walked_list;
+    walked_list = list;
+    CS_PRINT_FUNC function = [](CS_VOID *) -> CS_INT {
+        DLinkNode *first = static_cast<DLinkInfo *>(walked_list->list_state)->head;
+        return lm_list_op(walked_list, LM_OP_DELETE, &first, LM_UNUSED, nullptr, nullptr);
+    };
+    for (const CS_INT operation : {LM_OP_WALK, LM_OP_PRINTALL}) {
+        fill({1, 2, 3}); // the list's own cursor rests on an entry that goes
+        set_property(list, LM_PROP_PRINT_FUNC, function);
+        CS_VOID *data = UNTOUCHED;
+        EXPECT_EQ(lm_list_op(list, operation, nullptr, LM_UNUSED, &function, &data), CS_SUCCEED);
+        EXPECT_EQ(data, nullptr);
+        EXPECT_EQ(list->cur_ptr, nullptr);
+        expect({});
+    }
+}
+
 TEST_F(LmDlink, AWalkWithoutAFunctionFails) {
     fill({1});
     CS_PRINT_FUNC none = nullptr;
@@ -247,6 +265,19 @@ TEST_F(LmDlinkDeathTest, DeletingAnEntryTwiceOrFromAnEmptyCountIsBroken) {
     expect({1});
 }
 
+TEST_F(LmDlinkDeathTest, DeletingWithACountThatDoesNotFitTheEntriesIsBroken) {
+    fill({1});
+    list->hdlprop->handle_load = 2; // no entry would be left for a count of 1
+    expect_broken(STEM, [&] { return go(LM_OP_DELETE).status; });
+    list->hdlprop->handle_load = 1;
+    fill({2});
+    list->hdlprop->handle_load = 1; // an entry would be left
+    expect_broken(STEM, [&] { return go(LM_OP_DELETE).status; });
+    list->hdlprop->handle_load = 2;
+    EXPECT_EQ(go(LM_OP_CURRENT), succeeds(2));
+    expect({1, 2});
+}
+
 TEST_F(LmDlinkDeathTest, MissingHandles) {
     CS_VOID *data = UNTOUCHED;
     expect_broken(STEM, [&] { return lm___api_dlink_op(nullptr, LM_OP_CURRENT, nullptr, 0, nullptr, &data); });
@@ -260,9 +291,13 @@ TEST_F(LmDlinkDeathTest, MissingHandles) {
 
 TEST_F(LmDlinkDeathTest, ACountThatDoesNotFitTheEntriesIsBrokenAtTheDrop) {
     LM_HANDLE *broken = make(LM_DLINK, "broken");
-    broken->hdlprop->handle_load = 1;
+    operate(broken, LM_OP_INSERT, nullptr, LM_OP_LAST, 1);
+    broken->hdlprop->handle_load = 2;
     expect_broken(STEM, [&] { return lm_list_drop(broken, LM_FORCE_DROP); });
+    EXPECT_EQ(walk(broken), Numbers{}) << "its entries went, and nothing holds on to them";
+    EXPECT_EQ(operate(broken, LM_OP_CURRENT), succeeds(0));
     broken->hdlprop->handle_load = 0;
+    EXPECT_EQ(lm_list_drop(broken, LM_UNUSED), CS_SUCCEED);
 }
 
 TEST_F(LmDlink, OutOfMemoryAtAnInsertLeavesTheListAsItWas) {
@@ -422,7 +457,11 @@ TEST_F(LmQueue, PrintsAndWalksArePassedOn) {
 }
 
 TEST_F(LmQueueDeathTest, OtherOperationsAndAnEmptyDeleteAreBroken) {
-    expect_broken(STEM, [&] { return go(LM_OP_DELETE).status; });
+    expect_broken(STEM, [&] {
+        const Answer answer = go(LM_OP_DELETE);
+        EXPECT_EQ(answer.data, UNTOUCHED);
+        return answer.status;
+    });
     fill({1});
     for (const CS_INT operation : {22, 23, 24, 25, 27, 28, 0, 32})
         expect_broken(STEM, [&, operation] {
@@ -509,7 +548,11 @@ TEST_F(LmStack, PrintsAndWalksArePassedOn) {
 }
 
 TEST_F(LmStackDeathTest, OtherOperationsAndAnEmptyDeleteAreBroken) {
-    expect_broken(STEM, [&] { return go(LM_OP_DELETE).status; });
+    expect_broken(STEM, [&] {
+        const Answer answer = go(LM_OP_DELETE);
+        EXPECT_EQ(answer.data, UNTOUCHED);
+        return answer.status;
+    });
     fill({1});
     for (const CS_INT operation : {22, 23, 24, 25, 27, 28, 0, 32})
         expect_broken(STEM, [&, operation] {

@@ -68,6 +68,15 @@ TEST_F(LmList, AnAllocatorOfItsOwn) {
     EXPECT_EQ(own.held(), 0u);
 }
 
+TEST_F(LmList, TheNameIsCopied) {
+    char name[] = "abcdef";
+    LM_HANDLE *list = nullptr;
+    ASSERT_EQ(lm_list_alloc(context, LM_DLINK, name, 3, &list), CS_SUCCEED);
+    EXPECT_EQ(list->hdlprop->length, 3);
+    std::memset(name, '#', sizeof name);
+    EXPECT_EQ(std::string(list->hdlprop->handle_name, 3), "abc");
+}
+
 TEST_F(LmList, NullContextsAndHandlesFail) {
     LM_HANDLE *list = nullptr;
     EXPECT_EQ(lm_list_alloc(nullptr, LM_DLINK, text("x"), 1, &list), CS_FAIL);
@@ -151,6 +160,18 @@ TEST_F(LmListDeathTest, BrokenCalls) {
             return lm_list_alloc(context, LM_DLINK, text("x"), length, &other);
         });
     expect_broken(STEM, [&] { return lm_list_alloc(context, LM_DLINK, text("x"), 1, nullptr); });
+    const auto alloc_ex = [&](LM_ALLOCATOR allocate, LM_RELEASER release) {
+        return [=, this] {
+            auto *untouched = static_cast<LM_HANDLE *>(UNTOUCHED);
+            LM_HANDLE *other = untouched;
+            const CS_RETCODE status =
+                lm_list_alloc_ex(context, LM_DLINK, text("x"), 1, &other, allocate, release, &memory);
+            EXPECT_EQ(other, untouched);
+            return status;
+        };
+    };
+    expect_broken(STEM, alloc_ex(nullptr, WatchedMemory::release));
+    expect_broken(STEM, alloc_ex(WatchedMemory::allocate, nullptr));
     list->state = LM_RELEASED;
     CS_INT value = 55;
     expect_broken(STEM, [&] { return lm_list_drop(list, LM_UNUSED); });
@@ -166,6 +187,43 @@ TEST_F(LmListDeathTest, BrokenCalls) {
     expect_broken(STEM, [&] { return lm___chash_rehash(nullptr); });
     expect_broken(STEM, [&] { return lm___dhash_rehash(nullptr); });
     EXPECT_EQ(value, 55);
+}
+
+TEST_F(LmListDeathTest, AListMissingFromItsContextIsNotDropped) {
+    LM_HANDLE *first = make(LM_DLINK, "first");
+    LM_HANDLE *second = make(LM_DLINK, "second");
+    insert(second, "", 7);
+    context->first_handle = first;
+    expect_broken(STEM, [&] { return lm_list_drop(second, LM_FORCE_DROP); });
+    context->first_handle = nullptr; // a context without any
+    expect_broken(STEM, [&] { return lm_list_drop(second, LM_FORCE_DROP); });
+    context->first_handle = second;
+    EXPECT_EQ(current(), second);
+    EXPECT_EQ(property<CS_INT>(context, LM_PROP_CONTEXT_LOAD), 2);
+    EXPECT_EQ(walk(second), Numbers{7});
+    EXPECT_EQ(lm_list_drop(second, LM_FORCE_DROP), CS_SUCCEED);
+    EXPECT_EQ(current(), first);
+}
+
+TEST_F(LmListDeathTest, AListThatItsContextDoesNotCountIsNotDropped) {
+    LM_HANDLE *list = make(LM_DLINK);
+    context->cxtprop->context_load = 0;
+    expect_broken(STEM, [&] { return lm_list_drop(list, LM_UNUSED); });
+    context->cxtprop->context_load = 1;
+    EXPECT_EQ(insert(list, "", 7), succeeds(7));
+}
+
+TEST_F(LmListDeathTest, APoolLargerThanItsSizeIsBrokenAtTheDrop) {
+    set_property<CS_INT>(context, LM_PROP_MAX_POOLSIZE, 3);
+    for (const CS_INT type : {LM_DLINK, LM_CHASH}) {
+        LM_HANDLE *list = make(type);
+        list->hdlprop->max_poolsize = 1;
+        expect_broken(STEM, [&] { return lm_list_drop(list, LM_UNUSED); });
+        EXPECT_EQ(list->state, LM_INITIALIZED);
+        EXPECT_EQ(context->first_handle, list);
+        EXPECT_EQ(lm__api_dlink_mpool_drop(list, 3), CS_SUCCEED);
+        EXPECT_EQ(lm_list_drop(list, LM_UNUSED), CS_SUCCEED) << "what is left of it";
+    }
 }
 
 // ---- Properties ------------------------------------------------------------------------------------------------
@@ -268,6 +326,27 @@ TEST_F(LmList, AfterARehashTheCursorIsTheLastEntryPutBackOrNone) {
     }
 }
 
+TEST_F(LmListDeathTest, ACountThatDoesNotFitTheEntriesIsBrokenAtARehash) {
+    for (const CS_INT type : {LM_CHASH, LM_DHASH}) {
+        LM_HANDLE *list = make(type);
+        insert(list, "a", 1);
+        insert(list, "b", 2);
+        list->hdlprop->handle_load = 3;
+        EXPECT_DEATH(set_property<CS_INT>(list, LM_PROP_MAX_TABLESIZE, 20), "lm_list\\.cpp");
+        {
+            const ReturningAssertions returning;
+            EXPECT_EQ(set_property<CS_INT>(list, LM_PROP_MAX_TABLESIZE, 20), CS_FAIL);
+            EXPECT_EQ(returning.count(), 1);
+        }
+        EXPECT_EQ(property<CS_INT>(list, LM_PROP_MAX_TABLESIZE), 10);
+        EXPECT_EQ(by_key(list, LM_OP_FIND, "a"), succeeds(1));
+        EXPECT_EQ(by_key(list, LM_OP_FIND, "b"), succeeds(2));
+        EXPECT_EQ(load_of(list), 3);
+        list->hdlprop->handle_load = 2;
+        EXPECT_EQ(set_property<CS_INT>(list, LM_PROP_MAX_TABLESIZE, 20), CS_SUCCEED);
+    }
+}
+
 TEST_F(LmList, AnOpenAddressedTableKeepsAllAndNeverShrinksBelowItsEntries) {
     LM_HANDLE *list = make(LM_DHASH);
     const char *const keys[] = {"a", "bb", "c", "dd", "e"};
@@ -366,11 +445,12 @@ TEST_F(LmList, OutOfMemoryAtEveryAllocationOfACreation) {
 }
 
 TEST_F(LmList, OutOfMemoryAtEveryAllocationOfARehash) {
-    for (const CS_INT type : {LM_CHASH, LM_DHASH})
+    for (const auto &[type, pool] : {std::pair{LM_CHASH, 0}, {LM_CHASH, 1}, {LM_DHASH, 0}})
         for (const auto span : {WatchedMemory::ONCE, WatchedMemory::LASTING}) {
             LM_HANDLE *list = make(type);
             insert(list, "a", 1);
             insert(list, "b", 2);
+            EXPECT_EQ(set_property<CS_INT>(list, LM_PROP_MAX_POOLSIZE, pool), CS_SUCCEED);
             const Numbers before = walk(list);
             const std::size_t held = memory.held();
             CS_RETCODE status = CS_MEM_ERROR;
@@ -382,7 +462,8 @@ TEST_F(LmList, OutOfMemoryAtEveryAllocationOfARehash) {
                 EXPECT_EQ(load_of(list), 2);
                 if (status == CS_SUCCEED)
                     break;
-                EXPECT_EQ(memory.held(), held);
+                // A node of the pool that went into the new table went with it.
+                EXPECT_EQ(memory.held() + static_cast<std::size_t>(pool - list->free_nodes), held);
                 EXPECT_EQ(walk(list), before);
                 EXPECT_EQ(operate(list, LM_OP_CURRENT), succeeds(2));
                 EXPECT_EQ(property<CS_INT>(list, LM_PROP_MAX_TABLESIZE), 10);

@@ -67,8 +67,8 @@ TEST(BuddyPoolTest, EverySizeTakesTheSmallestBlockOfOrderOneOrMore) {
 
 TEST(BuddyPoolTest, BoundariesOfOrders) {
     SourcedPool pool;
-    for (const auto &[size, order] : {std::pair{0, 1U}, {1, 1U}, {12, 1U}, {24, 1U}, {25, 2U}, {56, 2U}, {57, 3U}, {2040, 7U},
-                                      {2041, 8U}, {4088, 8U}})
+    for (const auto &[size, order] : {std::pair{0, 1U}, {1, 1U}, {12, 1U}, {24, 1U}, {25, 2U}, {56, 2U}, {57, 3U},
+                                      {2040, 7U}, {2041, 8U}, {4088, 8U}})
         EXPECT_EQ(header_word(pool.allocate(size)) & 0xF, order) << size;
     EXPECT_EQ(header_word(pool.allocate(4089)), 4089U | OVERSIZED);
 }
@@ -293,7 +293,7 @@ TEST(BuddyPoolTest, AFailedReallocKeepsTheBlock) {
     }
 }
 
-// ---- Broken contracts -------------------------------------------------------------------------------------------------
+// ---- Broken contracts -------------------------------------------------------------------------------------------
 
 TEST(BuddyPoolDeathTest, FreeingTwice) {
     alignas(8) char lent[20'000];
@@ -410,7 +410,7 @@ TEST(BuddyPoolDeathTest, Arguments) {
     EXPECT_EQ(present, block);
 }
 
-// ---- The order that does not fit --------------------------------------------------------------------------------------
+// ---- The order that does not fit --------------------------------------------------------------------------------
 
 TEST(BuddyPoolTest, OddityOrderSixteenOverlapsTheAddressBits) {
     const Ending ending = in_child([](int notes) {

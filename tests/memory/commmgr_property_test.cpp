@@ -72,9 +72,10 @@ TEST(PoolPropertyTest, NumbersAreTheSystemsOwn) {
     EXPECT_EQ(MM_GET, 33);
     EXPECT_EQ(MM_SET, 34);
     EXPECT_EQ(MM_CLEAR, 35);
-    const CS_INT properties[] = {MM_PROP_TYPE,    MM_PROP_SBREAK,     MM_PROP_PARAM,   MM_PROP_UNSBREAK, MM_PROP_LOCK,
-                                 MM_PROP_LOCKARG, MM_PROP_UNLOCK,     MM_PROP_CHUNKSIZE, MM_PROP_MAXSIZE, MM_PROP_ADDHEAP,
-                                 MM_PROP_HANDLESIZE, MM_PROP_SUBPOOL, MM_PROP_BLOCKSIZE};
+    const CS_INT properties[] = {MM_PROP_TYPE,      MM_PROP_SBREAK,  MM_PROP_PARAM,   MM_PROP_UNSBREAK,
+                                 MM_PROP_LOCK,      MM_PROP_LOCKARG, MM_PROP_UNLOCK,  MM_PROP_CHUNKSIZE,
+                                 MM_PROP_MAXSIZE,   MM_PROP_ADDHEAP, MM_PROP_HANDLESIZE, MM_PROP_SUBPOOL,
+                                 MM_PROP_BLOCKSIZE};
     CS_INT expected = 1235;
     for (const CS_INT property : properties)
         EXPECT_EQ(property, expected++);
@@ -172,7 +173,7 @@ TEST(PoolPropertyTest, AddheapLendsMemory) {
     EXPECT_TRUE(pool.source.sizes.empty());
 }
 
-TEST(PoolPropertyTest, HandleSizeNeedsNoHandleAndTakesNoLock) {
+TEST(PoolPropertyTest, HandleSizeNeedsNoHandle) {
     const Answer answer(nullptr, MM_PROP_HANDLESIZE);
     expect_integer(answer, static_cast<CS_INT>(sizeof(MmPoolHead) + sizeof(MM_HANDLE)));
     SourcedPool pool;
@@ -214,8 +215,6 @@ TEST(PoolPropertyTest, IntegersNeedNoAlignment) {
 }
 
 // ---- Broken contracts ---------------------------------------------------------------------------------------------
-
-
 
 TEST(PoolPropertyDeathTest, UnknownActionsAndPropertiesEndTheProcess) {
     SourcedPool pool;
@@ -367,7 +366,7 @@ TEST(PoolLockTest, ASecondLockIsRefused) {
     clear(pool, MM_PROP_LOCK);
 }
 
-TEST(PoolLockTest, EveryOperationTakesItOnceAndGivesItBack) {
+TEST(PoolLockTest, EveryOperationButTheHandleSizeTakesItOnceAndGivesItBack) {
     SourcedPool pool;
     Lock lock;
     lock.install(pool);
@@ -384,6 +383,9 @@ TEST(PoolLockTest, EveryOperationTakesItOnceAndGivesItBack) {
     EXPECT_EQ(lock.taken(), "take give ");
     EXPECT_EQ(set_integer(pool, MM_PROP_BLOCKSIZE, 10'000), CS_FAIL);
     EXPECT_EQ(lock.taken(), "take give ");
+    EXPECT_EQ(Answer(pool, MM_PROP_HANDLESIZE).status, CS_SUCCEED);
+    EXPECT_EQ(set_integer(pool, MM_PROP_HANDLESIZE, 1), CS_FAIL);
+    EXPECT_EQ(lock.taken(), "") << "the size of a handle is no pool's";
     pool.source.refusal = {1, true};
     EXPECT_EQ(comn_mmalloc(pool, 100'000, &block), CS_MEM_ERROR);
     EXPECT_EQ(lock.taken(), "take give ");

@@ -167,6 +167,21 @@ TEST(PoolOnContextTest, MissingCallbacksMeanSuccess) {
     EXPECT_EQ(comn_mmdrop(mmh, MM_OPT_UNUSED), CS_SUCCEED);
 }
 
+TEST(PoolOnContextTest, AMutexThatNothingTakesOrDeletesIsFine) {
+    PoolContext context;
+    ContextLock lock;
+    lock.callbacks.take_mutex_fn = lock.callbacks.release_mutex_fn = lock.callbacks.delete_mutex_fn = nullptr;
+    context->ctxthread = &lock.callbacks;
+    MM_HANDLE *mmh = nullptr;
+    ASSERT_EQ(comn_mminit(context, &mmh), CS_SUCCEED);
+    EXPECT_EQ(mmh->mmh_head->mph_status, MM_STAT_OWNED | MM_STAT_MUTEX);
+    CS_VOID *block = nullptr;
+    EXPECT_EQ(comn_mmalloc(mmh, 1, &block), CS_SUCCEED);
+    EXPECT_EQ(comn_mmdrop(mmh, MM_OPT_UNUSED), CS_SUCCEED);
+    EXPECT_EQ(lock.taken(), "create ");
+    EXPECT_EQ(context.memory.count(), 0U);
+}
+
 TEST(PoolOnContextTest, OddityTheHeadStaysWhenTheMutexCannotBeMade) {
     PoolContext context; // releases what is left at its own end
     ContextLock lock;

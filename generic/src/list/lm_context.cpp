@@ -25,11 +25,6 @@ CS_RETCODE set_name(LM_CONTEXT *context, const CS_CHAR *name, CS_INT length) {
     return CS_SUCCEED;
 }
 
-void make_current(LM_CONTEXT *context, LM_HANDLE *handle) {
-    context->cxtprop->cur_handleaddr = handle;
-    context->cxtprop->cur_handlename = handle != nullptr ? handle->hdlprop->handle_name : nullptr;
-}
-
 // Whether the first `length` bytes of a handle's name are those of `name`. A shorter name is not read past its
 // end.
 bool name_begins_with(const LM_HANDLE *handle, const CS_CHAR *name, CS_INT length) {
@@ -46,7 +41,7 @@ CS_RETCODE set_current_handle(LM_CONTEXT *context, const PropertyCall &call) {
     while (handle != nullptr && !name_begins_with(handle, name, length))
         handle = handle->next;
     COM_REQUIRE_AT(call.member, handle != nullptr, CS_FAIL);
-    make_current(context, handle);
+    dlx::make_current(context, handle);
     return CS_SUCCEED;
 }
 
@@ -62,7 +57,7 @@ CS_RETCODE current_handle_name(LM_CONTEXT *context, const PropertyCall &call) {
     case LM_ACT_SET:
         return set_current_handle(context, call);
     default:
-        make_current(context, context->first_handle);
+        dlx::make_current(context, context->first_handle);
         return CS_SUCCEED;
     }
 }

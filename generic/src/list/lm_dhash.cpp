@@ -61,12 +61,12 @@ CS_RETCODE insert(LM_HANDLE *handle, CS_VOID *key, CS_INT key_size, CS_VOID *dat
 }
 
 CS_RETCODE remove(LM_HANDLE *handle, CS_VOID *key, CS_INT key_size) {
-    COM_REQUIRE(handle->hdlprop->handle_load >= 1, CS_FAIL);
     const CS_RETCODE status = seek(handle, key, key_size);
     if (status != CS_SUCCEED)
         return status;
     DLinkNode *node = handle->cur_ptr;
     COM_REQUIRE(node != nullptr && node->state == LM_SET, CS_FAIL);
+    COM_REQUIRE(handle->hdlprop->handle_load >= 1, CS_FAIL);
     --handle->hdlprop->handle_load;
     *node = {};
     node->state = LM_UNSET; // the cursor stays on it

@@ -58,22 +58,19 @@ CS_RETCODE drop_state(LM_HANDLE *handle) {
     }
 }
 
-void make_current(LM_CXTPROP *properties, LM_HANDLE *handle) {
-    properties->cur_handleaddr = handle;
-    properties->cur_handlename = handle != nullptr ? handle->hdlprop->handle_name : nullptr;
-}
-
-CS_RETCODE take_off_context(LM_CONTEXT *context, LM_HANDLE *handle) {
+// The link that leads to a list in its context's chain; one that is null for a list that is not there.
+LM_HANDLE **link_to(LM_CONTEXT *context, const LM_HANDLE *handle) {
     LM_HANDLE **link = &context->first_handle;
     while (*link != nullptr && *link != handle)
         link = &(*link)->next;
-    COM_REQUIRE(*link != nullptr, CS_FAIL);
-    *link = handle->next;
+    return link;
+}
+
+void take_off_context(LM_CONTEXT *context, LM_HANDLE *handle) {
+    *link_to(context, handle) = handle->next;
     --context->cxtprop->context_load;
-    COM_REQUIRE(context->cxtprop->context_load >= 0, CS_FAIL);
     if (context->cxtprop->cur_handleaddr == handle)
-        make_current(context->cxtprop, context->first_handle);
-    return CS_SUCCEED;
+        make_current(context, context->first_handle);
 }
 
 } // namespace
@@ -142,7 +139,7 @@ CS_RETCODE lm_list_alloc_ex(LM_CONTEXT *context, CS_INT list_type, CS_CHAR *hand
     handle->state = LM_INITIALIZED;
     handle->next = context->first_handle;
     context->first_handle = handle;
-    make_current(context->cxtprop, handle);
+    make_current(context, handle);
     ++context->cxtprop->context_load;
     *handle_ptr = handle;
     return CS_SUCCEED;
@@ -163,18 +160,22 @@ CS_RETCODE lm_list_drop(LM_HANDLE *handle, CS_INT option) {
     COM_REQUIRE(option == LM_UNUSED || option == LM_FORCE_DROP, CS_FAIL);
     if (option == LM_UNUSED && handle->hdlprop->handle_load > 0)
         return COM_TRACE(CS_FAIL);
-    CS_RETCODE status = drop_state(handle);
+    LM_CONTEXT *context = handle->hdlprop->context;
+    COM_REQUIRE(*link_to(context, handle) != nullptr, CS_FAIL);
+    COM_REQUIRE(context->cxtprop->context_load >= 1, CS_FAIL);
+    // The state is gone already where an earlier drop went no further.
+    const CS_RETCODE status = handle->list_state != nullptr ? drop_state(handle) : CS_SUCCEED;
     if (status != CS_SUCCEED)
         return COM_TRACE(status);
     COM_REQUIRE(handle->list_state == nullptr, CS_FAIL);
     COM_REQUIRE(handle->free_DLN_list == nullptr, CS_FAIL);
 
-    status = take_off_context(handle->hdlprop->context, handle);
+    take_off_context(context, handle);
     const ListMemory memory = memory_of(handle);
     memory.give_back_bytes(handle->hdlprop->handle_name, handle->hdlprop->length);
     memory.give_back_record(handle->hdlprop);
     memory.give_back_record(handle);
-    return status;
+    return CS_SUCCEED;
 }
 
 CS_RETCODE lm_list_op(LM_HANDLE *handle, CS_INT operation, CS_VOID *key, CS_INT key_size, CS_VOID *data_in,
@@ -249,6 +250,11 @@ CS_RETCODE replace_table(LM_HANDLE *handle, CS_RETCODE (*build)(LM_HANDLE *), Fi
     handle->cur_ptr = nullptr; // the last entry put back, in the end
     status = fill(handle, old_table);
     CS_VOID *new_table = handle->list_state;
+    const CS_INT new_load = handle->hdlprop->handle_load;
+    if (status == CS_SUCCEED && new_load != old_load) {
+        com_bomb(__FILE__, __LINE__);
+        status = CS_FAIL;
+    }
     if (status != CS_SUCCEED) {
         drop_table(handle);
         handle->list_state = old_table;
@@ -256,12 +262,10 @@ CS_RETCODE replace_table(LM_HANDLE *handle, CS_RETCODE (*build)(LM_HANDLE *), Fi
         handle->hdlprop->handle_load = old_load;
         return COM_TRACE(status);
     }
-    const CS_INT new_load = handle->hdlprop->handle_load;
     handle->list_state = old_table;
     drop_table(handle);
     handle->list_state = new_table;
     handle->hdlprop->handle_load = new_load;
-    COM_REQUIRE(new_load == old_load, CS_FAIL);
     return CS_SUCCEED;
 }
 

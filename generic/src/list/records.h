@@ -1,5 +1,5 @@
 // How the list manager takes and gives back its records: zeroed when they come, wiped and stamped
-// LM_RELEASED before they go.
+// LM_RELEASED before they go. And what contexts and lists share: kept names, the current list.
 #ifndef DLX_LIST_RECORDS_H
 #define DLX_LIST_RECORDS_H
 
@@ -57,6 +57,12 @@ inline CS_INT kept_length(const CS_CHAR *name, CS_INT length) {
 // The text of a kept name: its NUL, if it has one, is not counted again.
 inline CS_INT text_length(const CS_CHAR *name, CS_INT length) {
     return length > 0 && name[length - 1] == '\0' ? length - 1 : length;
+}
+
+// The context's current list; null for none.
+inline void make_current(LM_CONTEXT *context, LM_HANDLE *handle) {
+    context->cxtprop->cur_handleaddr = handle;
+    context->cxtprop->cur_handlename = handle != nullptr ? handle->hdlprop->handle_name : nullptr;
 }
 
 } // namespace dlx

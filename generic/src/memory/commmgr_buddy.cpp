@@ -64,7 +64,7 @@ void begin_pool(MM_HANDLE *mmh) {
     MmBuddyPool &pool = mmh->mmh_pool.af;
     pool.bpmax = order_for(mmh->mmh_blocksize - 1);
     if (pool.bpmax > 15)
-        pool.bpmax = MAX_ORDER; // kept although it does not fit the order field of a header: see below
+        pool.bpmax = MAX_ORDER; // kept although it does not fit the order field of a header
     mmh->mmh_blocksize = block_bytes(pool.bpmax) + HEADER;
     for (CS_INT order = 0; order < MM_BUDDY_ORDERS; ++order)
         pool.free[order] = order <= pool.bpmax ? nullptr : reinterpret_cast<MmDList *>(~std::uintptr_t{0});

@@ -36,6 +36,14 @@ CS_RETCODE open_file(CS_CONTEXT *context, const CS_CHAR *path, INTL_LOCFILE *ifi
     return COM_TRACE(CS_ENOLOCFILE);
 }
 
+// Tells the path before the file is opened, so that a caller can report which one failed.
+CS_RETCODE open_told(CS_CONTEXT *context, const CS_CHAR *path, INTL_LOCFILE *ifile, CS_CHAR *locfilename,
+                     CS_INT filenamelen) {
+    if (locfilename != nullptr)
+        intl_strlcpy(locfilename, path, static_cast<std::size_t>(filenamelen));
+    return open_file(context, path, ifile);
+}
+
 struct LocaleDataKind {
     const char *directory;
     const char *extension;
@@ -210,9 +218,29 @@ CS_RETCODE comn__open_msgfile(CS_CONTEXT *context, CS_CHAR *lang, CS_INT langlen
     const CS_RETCODE status = com_path_msgfile(context, lang, langlen, msgfile, msgfilelen, path, sizeof path);
     if (status != CS_SUCCEED)
         return COM_TRACE(status);
-    if (locfilename != nullptr)
-        intl_strlcpy(locfilename, path, static_cast<std::size_t>(filenamelen));
-    return open_file(context, path, ifile);
+    return open_told(context, path, ifile, locfilename, filenamelen);
+}
+
+CS_RETCODE com__open_locfile(CS_CONTEXT *context, CS_CHAR *lang, CS_CHAR *charset, CS_CHAR *locfile,
+                             INTL_LOCFILE *ifile, CS_CHAR *locfilename, CS_INT filenamelen) {
+    COM_REQUIRE_PTR(ifile, CS_FAIL);
+    COM_REQUIRE(locfilename == nullptr || filenamelen >= 1, CS_FAIL);
+    CS_CHAR path[OPEN_PATH_SIZE];
+    const CS_RETCODE status = com__path_locfile(context, lang, charset, locfile, path, sizeof path);
+    if (status != CS_SUCCEED)
+        return COM_TRACE(status);
+    return open_told(context, path, ifile, locfilename, filenamelen);
+}
+
+CS_RETCODE com__open_charfile(CS_CONTEXT *context, CS_CHAR *charset, CS_CHAR *filename, CS_CHAR *fileext,
+                              INTL_LOCFILE *ifile, CS_CHAR *locfilename, CS_INT filenamelen) {
+    COM_REQUIRE_PTR(ifile, CS_FAIL);
+    COM_REQUIRE(locfilename == nullptr || filenamelen >= 1, CS_FAIL);
+    CS_CHAR path[OPEN_PATH_SIZE];
+    const CS_RETCODE status = com_path_charfile(context, charset, filename, fileext, path, sizeof path);
+    if (status != CS_SUCCEED)
+        return COM_TRACE(status);
+    return open_told(context, path, ifile, locfilename, filenamelen);
 }
 
 // ---- Transport configuration -----------------------------------------------------------------------------------
