@@ -51,7 +51,7 @@ constexpr bool is_big(CS_INT datatype) { return datatype == CS_BIGDATETIME_TYPE 
 // ---- Years and months ----
 
 // A year that 25 divides is leap only if 16 divides it: the centuries that 400 divides.
-constexpr bool is_leap_year(std::int64_t year) { return year % (year % 25 == 0 ? 16 : 4) == 0; }
+constexpr bool is_leap_year(std::int64_t year) { return (year & (year % 25 == 0 ? 15 : 3)) == 0; }
 
 constexpr std::int64_t days_in_year(std::int64_t year) { return is_leap_year(year) ? 366 : 365; }
 
