@@ -11,6 +11,7 @@
 #include <dlxcomn/datetext.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace dlx {
@@ -27,26 +28,32 @@ constexpr CS_INT POINT = -1;       // the dcvalue of a separator that is a point
 constexpr int NUMBER_CLASS[LONGEST_NUMBER + 1] = {DT_ERROR,   DT_NUMBER,   DT_NUMBER, DT_NUMBER,  DT_YEAR4,
                                                   DT_DIGITS5, DT_DIGITS68, DT_ERROR,  DT_DIGITS68};
 
-// The text that is left, and the rules of its character set.
+// The text that is left, and the rules of its character set. With SIMPLE that is a set of Walker::simple_types().
+template <bool SIMPLE>
 class Text {
 public:
-    Text(const Walker &walker, const CS_BYTE *at, CS_INT left) : walker_(walker), at_(at), end_(at + left) {}
+    Text(const Walker &walker, const CS_BYTE *at, CS_INT left)
+        : walker_(walker), types_(walker.simple_types()), at_(at), end_(at + left) {}
 
     bool is_at_end() const { return at_ >= end_; }
     const CS_BYTE *position() const { return at_; }
     CS_INT left() const { return static_cast<CS_INT>(end_ - at_); }
 
     // The end of the text cuts the character: its second byte must not be looked at.
-    bool is_cut() const { return !walker_.is_one_byte(*at_) && (left() < 2 || walker_.width(at_) > left()); }
-    CS_BYTE ascii() const { return walker_.to_ascii(at_); }
+    bool is_cut() const {
+        return !SIMPLE && !walker_.is_one_byte(*at_) && (left() < 2 || walker_.width(at_) > left());
+    }
+    CS_BYTE ascii() const { return SIMPLE ? types_[*at_].char_lower : walker_.to_ascii(at_); }
     bool is_digit() const { return (type().char_type & CS_CT_DIGIT) != 0; }
     bool is_word_character() const { return (type().char_lex & CS_LEX_IDENT) != 0; }
-    void step() { at_ += walker_.step(at_); }
+    void step() { at_ += SIMPLE ? 1 : walker_.step(at_); }
 
 private:
     // The class of a one-byte character, too, may hang on a second byte. Behind the last byte of the text a zero byte
     // stands for it.
     const CHAR_MAP &type() const {
+        if (SIMPLE && (types_[*at_].char_type & CS_CT_ROW) == 0)
+            return types_[*at_];
         if (left() > 1)
             return walker_.type(at_);
         const CS_BYTE last[2] = {*at_, 0};
@@ -54,6 +61,7 @@ private:
     }
 
     const Walker &walker_;
+    const CHAR_MAP *types_;
     const CS_BYTE *at_;
     const CS_BYTE *end_;
 };
@@ -61,6 +69,7 @@ private:
 bool is_ascii_digit(CS_BYTE c) { return c >= '0' && c <= '9'; }
 
 // Takes all digits, also those behind the longest number there is.
+template <class Text>
 int take_number(Text &text, Token &token) {
     CS_INT value = 0;
     int digits = 0;
@@ -131,13 +140,24 @@ bool is_name(const Walker &walker, const CS_BYTE *name, const Word &word) {
     return matched == word.length && at - name <= LONGEST_WORD;
 }
 
+// The name begins with a character of one byte that the word does not begin with.
+bool begins_otherwise(const Walker &walker, CS_BYTE first, const Word &word) {
+    if (word.length == 0 || !walker.is_one_byte(first))
+        return false;
+    const CS_BYTE ascii = walker.single_byte_to_ascii(first);
+    return (ascii != 0 ? ascii : first) != word.bytes[0];
+}
+
 int find_name(const Walker &walker, const Word &word, char **list, int count) {
-    for (int i = 0; i < count; ++i)
-        if (is_name(walker, reinterpret_cast<const CS_BYTE *>(list[i]), word))
+    for (int i = 0; i < count; ++i) {
+        const CS_BYTE *const name = reinterpret_cast<const CS_BYTE *>(list[i]);
+        if (!begins_otherwise(walker, *name, word) && is_name(walker, name, word))
             return i;
+    }
     return -1;
 }
 
+template <class Text>
 int take_word(const Walker &walker, Text &text, Token &token, char **mths, char **shortmths) {
     const CS_BYTE *const start = text.position();
     int characters = 0;
@@ -164,6 +184,7 @@ int take_word(const Walker &walker, Text &text, Token &token, char **mths, char 
     return DT_ERROR;
 }
 
+template <class Text>
 int take_token(const Walker &walker, Text &text, Token &token, char **mths, char **shortmths) {
     token = {DT_ERROR, 0, 0};
     while (!text.is_at_end() && !text.is_cut()) {
@@ -204,27 +225,31 @@ int take_token(const Walker &walker, Text &text, Token &token, char **mths, char
 
 // ---- Resolver ----
 
-// The tokens of a text. An index is always that of a token before DT_END, so the one behind it can be looked at.
+// The tokens of a text, with a bit for each at its index: of each class, and of all that are not used. An index is
+// always that of a token before DT_END, so the one behind it can be looked at.
 class TokenList {
 public:
     // False for a text with a word that is none, or with too many tokens.
-    bool read(const Walker &walker, Text &text, char **mths, char **shortmths) {
+    template <class Text>
+    bool read(const Walker &walker, Text text, char **mths, char **shortmths) {
+        unsigned bit = 1;
         for (Token &token : tokens_) {
-            switch (take_token(walker, text, token, mths, shortmths)) {
-            case DT_END:
+            const int kind = take_token(walker, text, token, mths, shortmths);
+            if (kind == DT_END) {
+                unused_ = bit - 1;
                 return true;
-            case DT_ERROR:
-                return false;
-            default:
-                break;
             }
+            if (kind == DT_ERROR)
+                return false;
+            of_class_[kind] |= bit;
+            bit <<= 1;
         }
         return false;
     }
 
-    int find(int token) { return findtoken(tokens_, token); }
+    int find(int token) const { return of_class_[token] != 0 ? std::countr_zero(of_class_[token]) : -1; }
     // An index above 0 of the first token of a class, else -1: what stands in front of all has nothing before it.
-    int find_inside(int token) {
+    int find_inside(int token) const {
         const int index = find(token);
         return index > 0 ? index : -1;
     }
@@ -232,6 +257,9 @@ public:
     bool is(int index, int token) const { return tokens_[index].dctoken == token; }
 
     CS_INT take(int index) {
+        const unsigned bit = 1u << index;
+        of_class_[tokens_[index].dctoken] &= ~bit;
+        unused_ &= ~bit;
         tokens_[index].dctoken = DT_USED;
         return tokens_[index].dcvalue;
     }
@@ -241,11 +269,13 @@ public:
         take(index);
         return true;
     }
-    bool all_used() { return find(-DT_USED) < 0; }
-    bool all_used_from(int index) { return findtoken(tokens_ + index, -DT_USED) < 0; }
+    bool all_used() const { return unused_ == 0; }
+    bool all_used_from(int index) const { return unused_ >> index == 0; }
 
 private:
     Token tokens_[DATE_MAXTOKENS + 1];
+    unsigned of_class_[DT_DIGITS5 + 1] = {};
+    unsigned unused_ = 0;
 };
 
 constexpr int RESOLVED = 0;
@@ -533,7 +563,7 @@ int findtoken(struct com__datecrack *dc, int token) {
 
 int datetoken(char **cpp, int *lenp, struct com__datecrack *dc, char **mths, char **shortmths, CHAR_ATTRIB *chatr) {
     const Walker walker(chatr);
-    Text text(walker, reinterpret_cast<const CS_BYTE *>(*cpp), *lenp);
+    Text<false> text(walker, reinterpret_cast<const CS_BYTE *>(*cpp), *lenp);
     const int token = take_token(walker, text, *dc, mths, shortmths);
     *cpp += text.position() - reinterpret_cast<const CS_BYTE *>(*cpp);
     *lenp = text.left();
@@ -544,9 +574,12 @@ int xdaterecfromchar(CS_DATEREC *parts, char *origcp, int origlen, int partonly,
                      char **shortmths, CHAR_ATTRIB *chatr, CS_INT dt_type, CS_BOOL *truncated) {
     *truncated = CS_FALSE;
     const Walker walker(chatr);
-    Text text(walker, reinterpret_cast<const CS_BYTE *>(origcp), origlen);
+    const CS_BYTE *const start = reinterpret_cast<const CS_BYTE *>(origcp);
     TokenList tokens;
-    if (!tokens.read(walker, text, mths, shortmths))
+    const bool is_read = walker.simple_types() != nullptr
+                             ? tokens.read(walker, Text<true>(walker, start, origlen), mths, shortmths)
+                             : tokens.read(walker, Text<false>(walker, start, origlen), mths, shortmths);
+    if (!is_read)
         return DATE_SYNTAX;
 
     parts->datehour = parts->dateminute = parts->datesecond = parts->datemsecond = 0;
