@@ -82,9 +82,10 @@ constexpr CS_INT weekday_of(std::int64_t day) {
 
 // The day number of a day of the year 1 or later.
 constexpr CS_INT day_number(CS_INT year, CS_INT month, CS_INT day_of_month) {
-    const CS_INT past = year - 1;
-    return past * 365 + static_cast<CS_INT>(leap_years_until(past)) + months_of(year)[month].daysum + day_of_month +
-           FIRST_DAY - 1;
+    const CS_UINT past = static_cast<CS_UINT>(year) - 1;
+    const CS_UINT centuries = past / 100;
+    return static_cast<CS_INT>(past * 365 + past / 4 - centuries + centuries / 4) + months_of(year)[month].daysum +
+           day_of_month + FIRST_DAY - 1;
 }
 
 // ---- Big values ----
