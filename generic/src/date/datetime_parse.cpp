@@ -46,7 +46,18 @@ public:
     CS_BYTE ascii() const { return SIMPLE ? types_[*at_].char_lower : walker_.to_ascii(at_); }
     bool is_digit() const { return (type().char_type & CS_CT_DIGIT) != 0; }
     bool is_word_character() const { return (type().char_lex & CS_LEX_IDENT) != 0; }
-    void step() { at_ += SIMPLE ? 1 : walker_.step(at_); }
+    CS_INT width() const { return SIMPLE ? 1 : walker_.step(at_); }
+    void step() { at_ += width(); }
+    // The normal form of a character that is this byte alone.
+    CS_BYTE folded(CS_BYTE c) const {
+        const CS_BYTE ascii = SIMPLE ? types_[c].char_lower : walker_.single_byte_to_ascii(c);
+        return ascii != 0 ? ascii : c;
+    }
+    // The name begins with a character of one byte that the word does not begin with.
+    bool begins_otherwise(const char *name, CS_BYTE word) const {
+        const CS_BYTE first = static_cast<CS_BYTE>(*name);
+        return (SIMPLE || walker_.is_one_byte(first)) && folded(first) != word;
+    }
 
 private:
     // The class of a one-byte character, too, may hang on a second byte. Behind the last byte of the text a zero byte
@@ -140,43 +151,54 @@ bool is_name(const Walker &walker, const CS_BYTE *name, const Word &word) {
     return matched == word.length && at - name <= LONGEST_WORD;
 }
 
-// The name begins with a character of one byte that the word does not begin with.
-bool begins_otherwise(const Walker &walker, CS_BYTE first, const Word &word) {
-    if (word.length == 0 || !walker.is_one_byte(first))
-        return false;
-    const CS_BYTE ascii = walker.single_byte_to_ascii(first);
-    return (ascii != 0 ? ascii : first) != word.bytes[0];
+int find_name(const Walker &walker, const Word &word, char **list, int count) {
+    for (int i = 0; i < count; ++i)
+        if (is_name(walker, reinterpret_cast<const CS_BYTE *>(list[i]), word))
+            return i;
+    return -1;
 }
 
-int find_name(const Walker &walker, const Word &word, char **list, int count) {
-    for (int i = 0; i < count; ++i) {
-        const CS_BYTE *const name = reinterpret_cast<const CS_BYTE *>(list[i]);
-        if (!begins_otherwise(walker, *name, word) && is_name(walker, name, word))
+// The same for a word of the text, which has a first character. Most names are told apart by theirs.
+template <class Text>
+int find_name(const Walker &walker, const Text &text, const Word &word, char **list, int count) {
+    const CS_BYTE first = word.bytes[0];
+    for (int i = 0; i < count; ++i)
+        if (!text.begins_otherwise(list[i], first) &&
+            is_name(walker, reinterpret_cast<const CS_BYTE *>(list[i]), word))
             return i;
-    }
     return -1;
 }
 
 template <class Text>
 int take_word(const Walker &walker, Text &text, Token &token, char **mths, char **shortmths) {
     const CS_BYTE *const start = text.position();
-    int characters = 0;
-    for (; !text.is_at_end() && !text.is_cut() && text.is_word_character(); text.step())
-        ++characters;
-
     Word word;
-    if (!normalize_word(walker, reinterpret_cast<const char *>(start), static_cast<int>(text.position() - start), word))
+    word.length = 0;
+    int characters = 0;
+    for (; !text.is_at_end() && !text.is_cut() && text.is_word_character(); text.step()) {
+        ++characters;
+        const CS_INT bytes = text.width();
+        if (text.position() + bytes - start > LONGEST_WORD)
+            continue; // in no list: only its end is looked for
+        if (const CS_BYTE ascii = text.ascii()) {
+            word.bytes[word.length++] = ascii;
+        } else {
+            std::memcpy(word.bytes + word.length, text.position(), static_cast<std::size_t>(bytes));
+            word.length += bytes;
+        }
+    }
+    if (text.position() - start > LONGEST_WORD)
         return DT_ERROR;
     if (characters == 2) {
-        token.dcvalue = find_name(walker, word, com__get_ampm(), 2);
+        token.dcvalue = find_name(walker, text, word, com__get_ampm(), 2);
         if (token.dcvalue >= 0)
             return DT_AMPM;
     }
     token.dcvalue = -1;
     if (mths != nullptr && shortmths != nullptr) {
-        token.dcvalue = find_name(walker, word, mths, MONTHS_A_YEAR);
+        token.dcvalue = find_name(walker, text, word, mths, MONTHS_A_YEAR);
         if (token.dcvalue < 0)
-            token.dcvalue = find_name(walker, word, shortmths, MONTHS_A_YEAR);
+            token.dcvalue = find_name(walker, text, word, shortmths, MONTHS_A_YEAR);
     }
     if (token.dcvalue >= 0)
         return DT_MONTH;
