@@ -11,6 +11,7 @@
 #include <dlxcomn/datetext.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -35,6 +36,7 @@ public:
     Text(const Walker &walker, const CS_BYTE *at, CS_INT left)
         : walker_(walker), types_(walker.simple_types()), at_(at), end_(at + left) {}
 
+    bool is_iso_1() const { return SIMPLE && types_ == ISO_1_type_map.chmap; }
     bool is_at_end() const { return at_ >= end_; }
     const CS_BYTE *position() const { return at_; }
     CS_INT left() const { return static_cast<CS_INT>(end_ - at_); }
@@ -82,23 +84,19 @@ bool is_ascii_digit(CS_BYTE c) { return c >= '0' && c <= '9'; }
 // Takes all digits, also those behind the longest number there is.
 template <class Text>
 int take_number(Text &text, Token &token) {
-    CS_INT value = 0;
+    CS_UINT value = 0; // of too many digits it is not looked at
     int digits = 0;
     bool is_number = true;
     for (; !text.is_at_end() && !text.is_cut() && text.is_digit(); text.step()) {
         const CS_BYTE c = text.ascii();
-        is_number = is_number && is_ascii_digit(c);
-        if (digits == LONGEST_NUMBER)
-            is_number = false;
-        else
-            ++digits;
-        if (is_number)
-            value = value * 10 + (c - '0');
+        is_number &= is_ascii_digit(c);
+        value = value * 10 + static_cast<CS_UINT>(c - '0');
+        ++digits;
     }
-    if (!is_number)
+    if (!is_number || digits > LONGEST_NUMBER)
         return DT_ERROR;
     token.dclength = digits;
-    token.dcvalue = value;
+    token.dcvalue = static_cast<CS_INT>(value);
     return NUMBER_CLASS[digits];
 }
 
@@ -169,6 +167,41 @@ int find_name(const Walker &walker, const Text &text, const Word &word, char **l
     return -1;
 }
 
+// The English month that three letters begin, if they begin one: found by their product with a number that gives each
+// month a place of its own.
+constexpr CS_UINT MONTH_HASH = 0x3B6FE507;
+constexpr int MONTH_LETTERS = 3;
+
+constexpr unsigned month_place(CS_BYTE first, CS_BYTE second, CS_BYTE third) {
+    return ((first | static_cast<CS_UINT>(second) << 8 | static_cast<CS_UINT>(third) << 16) * MONTH_HASH) >> 28;
+}
+
+constexpr std::array<CS_BYTE, 16> month_places() {
+    constexpr const char *LETTERS = "janfebmaraprmayjunjulaugsepoctnovdec";
+    std::array<CS_BYTE, 16> places = {};
+    for (int month = 0; month < MONTHS_A_YEAR; ++month) {
+        const char *const at = LETTERS + month * MONTH_LETTERS;
+        places[month_place(static_cast<CS_BYTE>(at[0]), static_cast<CS_BYTE>(at[1]), static_cast<CS_BYTE>(at[2]))] =
+            static_cast<CS_BYTE>(month);
+    }
+    return places;
+}
+
+// The month of a word. In iso_1 the English names are guessed from three letters before the lists are gone through; a
+// guess counts only if the lists bear it out. (In another set two of the names may be alike, and the first one counts.)
+template <class Text>
+int find_month(const Walker &walker, const Text &text, const Word &word, char **mths, char **shortmths) {
+    static constexpr std::array<CS_BYTE, 16> PLACES = month_places();
+    if (text.is_iso_1() && word.length >= MONTH_LETTERS && mths == com__get_months() && shortmths == com__get_shortmonths()) {
+        const int month = PLACES[month_place(word.bytes[0], word.bytes[1], word.bytes[2])];
+        char *const name = word.length == MONTH_LETTERS ? shortmths[month] : mths[month];
+        if (is_name(walker, reinterpret_cast<const CS_BYTE *>(name), word))
+            return month;
+    }
+    const int month = find_name(walker, text, word, mths, MONTHS_A_YEAR);
+    return month >= 0 ? month : find_name(walker, text, word, shortmths, MONTHS_A_YEAR);
+}
+
 template <class Text>
 int take_word(const Walker &walker, Text &text, Token &token, char **mths, char **shortmths) {
     const CS_BYTE *const start = text.position();
@@ -194,12 +227,7 @@ int take_word(const Walker &walker, Text &text, Token &token, char **mths, char 
         if (token.dcvalue >= 0)
             return DT_AMPM;
     }
-    token.dcvalue = -1;
-    if (mths != nullptr && shortmths != nullptr) {
-        token.dcvalue = find_name(walker, text, word, mths, MONTHS_A_YEAR);
-        if (token.dcvalue < 0)
-            token.dcvalue = find_name(walker, text, word, shortmths, MONTHS_A_YEAR);
-    }
+    token.dcvalue = mths != nullptr && shortmths != nullptr ? find_month(walker, text, word, mths, shortmths) : -1;
     if (token.dcvalue >= 0)
         return DT_MONTH;
     token.dcvalue = 0;
@@ -215,6 +243,8 @@ int take_token(const Walker &walker, Text &text, Token &token, char **mths, char
             text.step();
             continue;
         }
+        if (is_ascii_digit(c) && text.is_digit())
+            return token.dctoken = take_number(text, token);
         switch (c) {
         case '/':
         case '-':
