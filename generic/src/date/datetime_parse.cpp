@@ -192,7 +192,8 @@ constexpr std::array<CS_BYTE, 16> month_places() {
 template <class Text>
 int find_month(const Walker &walker, const Text &text, const Word &word, char **mths, char **shortmths) {
     static constexpr std::array<CS_BYTE, 16> PLACES = month_places();
-    if (text.is_iso_1() && word.length >= MONTH_LETTERS && mths == com__get_months() && shortmths == com__get_shortmonths()) {
+    const bool is_english = mths == com__get_months() && shortmths == com__get_shortmonths();
+    if (is_english && text.is_iso_1() && word.length >= MONTH_LETTERS) {
         const int month = PLACES[month_place(word.bytes[0], word.bytes[1], word.bytes[2])];
         char *const name = word.length == MONTH_LETTERS ? shortmths[month] : mths[month];
         if (is_name(walker, reinterpret_cast<const CS_BYTE *>(name), word))
@@ -545,6 +546,83 @@ int resolve_run_together(TokenList &tokens, int digits, CS_DATEREC &parts) {
     return RESOLVED;
 }
 
+// ---- The form of programs ----
+//
+// 2003-01-02 10:30:15.123, with "/" for "-" or with a T, is what programs write. Its tokens need no classing: they mean
+// the same whatever the order, but for the one that has the day in front of the month.
+
+// The value of so many ASCII digits, or -1.
+template <int DIGITS>
+CS_INT number_at(const CS_BYTE *at) {
+    CS_INT value = 0;
+    bool is_number = true;
+    for (int i = 0; i < DIGITS; ++i) {
+        is_number &= is_ascii_digit(at[i]);
+        value = value * 10 + (at[i] - '0');
+    }
+    return is_number ? value : -1;
+}
+
+bool is_date_mark(CS_BYTE c) { return c == '-' || c == '/'; }
+
+// The digits and marks of the form are themselves in this set.
+bool has_ascii_marks(const Walker &walker) {
+    if (walker.simple_types() == ISO_1_type_map.chmap)
+        return true;
+    for (const CS_BYTE mark : {'-', '/', ' ', ':', '.'})
+        if (!walker.stands_for_itself(mark))
+            return false;
+    for (CS_BYTE digit = '0'; digit <= '9'; ++digit) {
+        const CS_BYTE text[2] = {digit, 0};
+        if (!walker.stands_for_itself(digit) || walker.has_second_level(text) ||
+            walker.type_bits(text, CS_CT_DIGIT) == 0)
+            return false;
+    }
+    const CS_BYTE t = walker.single_byte_to_ascii('T');
+    return walker.is_one_byte('T') && (t == 'T' || t == 't');
+}
+
+// Whether the text has the form; then the record is that of xdaterecfromchar.
+bool read_program_form(const Walker &walker, const CS_BYTE *at, CS_INT length, CS_INT dt_type, CS_DATEREC &parts,
+                       CS_BOOL &truncated) {
+    constexpr CS_INT WITHOUT_FRACTION = 19;
+    constexpr CS_INT MOST_DECIMALS = 6;
+    const CS_INT decimals = length - WITHOUT_FRACTION - 1;
+    if (length < WITHOUT_FRACTION || decimals == 0 || decimals > MOST_DECIMALS)
+        return false;
+    if (!is_date_mark(at[4]) || !is_date_mark(at[7]) || (at[10] != ' ' && at[10] != 'T') || at[13] != ':' ||
+        at[16] != ':')
+        return false;
+    const CS_INT year = number_at<4>(at), month = number_at<2>(at + 5), day = number_at<2>(at + 8);
+    const CS_INT hour = number_at<2>(at + 11), minute = number_at<2>(at + 14), second = number_at<2>(at + 17);
+    if ((year | month | day | hour | minute | second) < 0)
+        return false;
+    Token fraction = {DT_NUMBER, 0, 0};
+    if (decimals > 0) {
+        if (at[WITHOUT_FRACTION] != '.')
+            return false;
+        for (CS_INT i = WITHOUT_FRACTION + 1; i < length; ++i) {
+            if (!is_ascii_digit(at[i]))
+                return false;
+            fraction.dcvalue = fraction.dcvalue * 10 + (at[i] - '0');
+        }
+        fraction.dclength = decimals;
+    }
+    if (!has_ascii_marks(walker))
+        return false;
+    parts.dateyear = year;
+    parts.datemonth = month - 1;
+    parts.datedmonth = day;
+    parts.datehour = hour;
+    parts.dateminute = minute;
+    parts.datesecond = second;
+    if (decimals > 0)
+        set_fraction(micros_of_fraction(fraction), dt_type, parts, truncated); // of six digits it never fails
+    return true;
+}
+
+// ---- Dates ----
+
 int no_date(TokenList &tokens) { return tokens.all_used() ? DATE_TIMEONLY : DATE_LEFTOVER; }
 
 int resolve_date(TokenList &tokens, int partonly, int style, int order, CS_DATEREC &parts) {
@@ -627,17 +705,21 @@ int xdaterecfromchar(CS_DATEREC *parts, char *origcp, int origlen, int partonly,
     *truncated = CS_FALSE;
     const Walker walker(chatr);
     const CS_BYTE *const start = reinterpret_cast<const CS_BYTE *>(origcp);
+    parts->datehour = parts->dateminute = parts->datesecond = parts->datemsecond = 0;
+    parts->datesecfrac = parts->datesecprec = 0;
+    parts->datemonth = 0;
+    parts->datedmonth = 1;
+    const bool by_order = rule_of(style).order == CALLERS_ORDER && places_of(order) != nullptr;
+    if (by_order && order != DATEORDER_YDM && partonly != DATEWANT_TIMEONLY &&
+        read_program_form(walker, start, origlen, dt_type, *parts, *truncated))
+        return RESOLVED;
+
     TokenList tokens;
     const bool is_read = walker.simple_types() != nullptr
                              ? tokens.read(walker, Text<true>(walker, start, origlen), mths, shortmths)
                              : tokens.read(walker, Text<false>(walker, start, origlen), mths, shortmths);
     if (!is_read)
         return DATE_SYNTAX;
-
-    parts->datehour = parts->dateminute = parts->datesecond = parts->datemsecond = 0;
-    parts->datesecfrac = parts->datesecprec = 0;
-    parts->datemonth = 0;
-    parts->datedmonth = 1;
     if (const int code = resolve_time(tokens, dt_type, *parts, *truncated))
         return code;
     return partonly == DATEWANT_TIMEONLY ? no_date(tokens) : resolve_date(tokens, partonly, style, order, *parts);
