@@ -110,11 +110,11 @@ TEST(ProgramForm, IsNotSeenWhereItsBytesMeanSomethingElse) {
     for (const bool has_norms : {false, true})
         for (const char byte : {'0', '1', '5', '-', ':', '.', 'T', ' ', '/'}) {
             const auto code = static_cast<CS_BYTE>(byte);
-            ConstructedSet classless(1, has_norms), other_case(1, has_norms), wide(1, has_norms), paged(2, has_norms);
+            ConstructedSet classless(1, has_norms), other_case(1, has_norms), wide(1, 2 * has_norms), paged(2, has_norms);
             classless.type(0, code, CHAR_MAP{code, code, 0, 0});
             other_case.type(0, code, CHAR_MAP{'7', '7', CS_LEX_IDENT, CS_CT_DIGIT});
             if (has_norms)
-                other_case.norm(0, code, '7');
+                other_case.norm(0, code, '7'), wide.norm_row(code, 1);
             wide.width(code, code, 2, 2);
             paged.type_row(code, 1);
             for (ConstructedSet *set : {&classless, &other_case, &wide, &paged})
