@@ -1,5 +1,5 @@
-// charset.loc through the loader, against a naive one, and text walked by the set that came of it. An input is a file as
-// it stands, or tells how to write one: random content alone would hardly come to an image of 1324 bytes.
+// charset.loc through the loader, against a naive one, and text walked by the set that came of it. An input is a file
+// as it stands, or tells how to write one: random content alone would hardly come to an image of 1324 bytes.
 #include "home.h"
 #include "support/charset_file.h"
 #include "support/charsets.h"

@@ -149,10 +149,9 @@ void check_lookups(const Model &model, CS_CONTEXT *context) {
                 const Bytes name = number <= lowest->names.size() ? lowest->names[number - 1] : "";
                 fuzz::ExactBuffer room(name.size());
                 CS_INT id_class = -1, length = -1, count = -1;
-                const CS_RETCODE status =
-                    comn_globalid(context, CS_OID_TO_NAME, &oid, &id_class, static_cast<CS_INT>(number),
-                                  reinterpret_cast<CS_CHAR *>(room.get()), static_cast<CS_INT>(name.size()), &count,
-                                  &length);
+                const CS_RETCODE status = comn_globalid(
+                    context, CS_OID_TO_NAME, &oid, &id_class, static_cast<CS_INT>(number),
+                    reinterpret_cast<CS_CHAR *>(room.get()), static_cast<CS_INT>(name.size()), &count, &length);
                 FUZZ_CHECK(status == (number <= lowest->names.size() ? CS_SUCCEED : CS_FAIL));
                 FUZZ_CHECK(id_class == lowest->id_class && count == static_cast<CS_INT>(lowest->names.size()));
                 FUZZ_CHECK(status != CS_SUCCEED || (room.all() == name && length == static_cast<CS_INT>(name.size())));
@@ -166,9 +165,9 @@ void check_lookups(const Model &model, CS_CONTEXT *context) {
                         expected(model, chosen, [&](const Entry &other) { return has_name(other, sought); });
                     fuzz::ExactBuffer text(sought.size(), sought);
                     CsOID *found = nullptr;
-                    const CS_RETCODE status = comn_globalid(
-                        context, CS_NAME_TO_OID, &found, &chosen, CS_UNUSED, reinterpret_cast<CS_CHAR *>(text.get()),
-                        static_cast<CS_INT>(sought.size()), nullptr, nullptr);
+                    const CS_RETCODE status = comn_globalid(context, CS_NAME_TO_OID, &found, &chosen, CS_UNUSED,
+                                                            reinterpret_cast<CS_CHAR *>(text.get()),
+                                                            static_cast<CS_INT>(sought.size()), nullptr, nullptr);
                     FUZZ_CHECK(status == (wanted != nullptr ? CS_SUCCEED : CS_FAIL));
                     FUZZ_CHECK(wanted == nullptr || bytes(found->oidber, found->oidberlen) == wanted->ber);
                 }

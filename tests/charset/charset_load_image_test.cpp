@@ -64,7 +64,7 @@ protected:
     INTL_LOCFILE file_ = {};
 };
 
-// ---- The text of an image -----------------------------------------------------------------------------------------
+// ---- The text of an image -------------------------------------------------------------------------------------
 
 TEST_F(ImageFile, IsARunOfDefinitions) {
     EXPECT_EQ(image_of("definition = 0123\n; between\n\ndefinition = 45\ndefinition = 6789aBcDEf\n", 8),
@@ -191,7 +191,7 @@ TEST_F(ImageFile, WithoutMemoryFailsAndReadsNothing) {
     EXPECT_EQ(image_of(&file_, 1, CS_TRUE), "\x01");
 }
 
-// ---- Tables -----------------------------------------------------------------------------------------------------------
+// ---- Tables ---------------------------------------------------------------------------------------------------
 
 // A record that the loaders fill, and that is freed with its tables.
 class Tables : public ImageFile {
@@ -451,7 +451,7 @@ TEST_F(Tables, SizesThatTheFileDoesNotHaveFail) {
         }
 }
 
-// ---- A set that was loaded is walked as one in memory -----------------------------------------------------------------
+// ---- A set that was loaded is walked as one in memory ---------------------------------------------------------
 
 SecondClass image_of_set(const CHAR_ATTRIB &set) {
     const auto bytes = [](const void *table, std::size_t size) {
@@ -488,8 +488,7 @@ TEST_F(Tables, LoadedSetIsWalkedAsTheOneItWasWrittenFrom) {
         if (model->get()->cs_type_map == nullptr)
             continue; // no file is without
         ASSERT_EQ(load2(image_of_set(*model->get())), CS_SUCCEED);
-        const std::string text =
-            support::random_text(random, 400) + std::string(support::LONGEST_CHARACTER + 1, '\0');
+        const std::string text = support::random_text(random, 400) + std::string(support::LONGEST_CHARACTER + 1, '\0');
         for (std::size_t at = 0; at < 400; ++at) {
             auto *p = reinterpret_cast<CS_BYTE *>(const_cast<char *>(text.data())) + at;
             const CHAR_MAP entry = support::naive::entry(model->get(), p);
@@ -503,7 +502,7 @@ TEST_F(Tables, LoadedSetIsWalkedAsTheOneItWasWrittenFrom) {
     }
 }
 
-// ---- Broken contracts -------------------------------------------------------------------------------------------------
+// ---- Broken contracts -----------------------------------------------------------------------------------------
 
 class ImageOperands {
 public:

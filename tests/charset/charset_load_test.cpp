@@ -148,8 +148,9 @@ TEST_F(CharsetLoad, ClassOfTheImageIsNotThatOfTheSet) {
 }
 
 TEST_F(CharsetLoad, KeysComeInAnyOrder) {
-    std::vector<std::string> keys = {"class = \\x01\n",      "name = n\n",         "description = d, e, f\n",
-                                     "id = \\x05, \\x06\n", "status = \\x00\\x07\n", "image_size = \\x00\\x00\\x05\\x05\n"};
+    std::vector<std::string> keys = {"class = \\x01\n",         "name = n\n",
+                                     "description = d, e, f\n", "id = \\x05, \\x06\n",
+                                     "status = \\x00\\x07\n",   "image_size = \\x00\\x00\\x05\\x05\n"};
     std::sort(keys.begin(), keys.end());
     do {
         std::string file = "[charset]\n";
@@ -173,7 +174,8 @@ TEST_F(CharsetLoad, ClassAndSizeAreAllThatASetNeeds) {
 
 TEST_F(CharsetLoad, LastOfEqualKeysCounts) {
     std::string file = charset_file(FirstClass());
-    file.insert(file.find("image_size"), "class = \\x02\nid = \\x07\nname = a longer name\nname = short\nclass = \\x01\n");
+    file.insert(file.find("image_size"),
+                "class = \\x02\nid = \\x07\nname = a longer name\nname = short\nclass = \\x01\n");
     ASSERT_EQ(load_file(file), CS_SUCCEED);
     EXPECT_EQ(set().cs_class, 1);
     EXPECT_EQ(set().cs_id, 7);
@@ -213,7 +215,7 @@ TEST_F(CharsetLoad, NothingBehindTheImageIsRead) {
     EXPECT_EQ(load_file(charset_file(SecondClass()) + "definition = 00\n" + std::string(2000, 'x')), CS_SUCCEED);
 }
 
-// ---- What can be wrong ------------------------------------------------------------------------------------------
+// ---- What can be wrong ----------------------------------------------------------------------------------------
 
 TEST_F(CharsetLoad, ClassOtherThan1Or2FailsAtOnce) {
     for (const char *wrong : {"\\x00", "\\x03", "1", "2", "\\xff\\x01", ","})
@@ -249,10 +251,10 @@ TEST_F(CharsetLoad, DefinitionWithoutASizeFails) {
 }
 
 TEST_F(CharsetLoad, FileWithoutTheSectionOrWithoutADefinitionFails) {
-    for (const std::string &file : {""s, "; nothing\n"s, "[other]\nclass = \\x01\n"s, "[charset]\n"s,
-                                    support::charset_header(1, 1285), support::charset_header(2, 1324),
-                                    support::charset_header(1, 1285) + "[other]\n" + FirstClass().entries(),
-                                    "[charset]\n" + charset_file(FirstClass())}) {
+    for (const std::string &file :
+         {""s, "; nothing\n"s, "[other]\nclass = \\x01\n"s, "[charset]\n"s, support::charset_header(1, 1285),
+          support::charset_header(2, 1324), support::charset_header(1, 1285) + "[other]\n" + FirstClass().entries(),
+          "[charset]\n" + charset_file(FirstClass())}) {
         EXPECT_EQ(load_wrong(file), CS_FAIL) << file.substr(0, 200);
         EXPECT_EQ(context_.ctxintlerr, 0);
     }
@@ -341,7 +343,7 @@ TEST_F(CharsetLoad, FileThatCannotBeClosedAfterAllIsRead) {
     EXPECT_EQ(load_file(charset_file(FirstClass())), CS_SUCCEED);
 }
 
-// ---- The chain --------------------------------------------------------------------------------------------------
+// ---- The chain ------------------------------------------------------------------------------------------------
 
 TEST_F(CharsetLoad, NewSetGoesToTheHead) {
     CsOID other = {};
@@ -450,7 +452,7 @@ TEST_F(CharsetLoad, DropOfOneSetTakesWhatThereIs) {
     EXPECT_EQ(config, 'c');
 }
 
-// ---- The sort order that goes with it ------------------------------------------------------------------------------
+// ---- The sort order that goes with it -------------------------------------------------------------------------
 
 class CharsetOrder : public CharsetLoad {
 protected:
@@ -537,7 +539,7 @@ TEST_F(CharsetOrder, FailureOfTheOrderDropsTheSet) {
     EXPECT_EQ(load(oid_), CS_SUCCEED);
 }
 
-// ---- Out of memory ------------------------------------------------------------------------------------------------
+// ---- Out of memory --------------------------------------------------------------------------------------------
 
 class CharsetMemory : public CharsetOrder {
 protected:
@@ -577,9 +579,7 @@ protected:
     }
 };
 
-TEST_F(CharsetMemory, FirstClassAtEveryAllocation) {
-    sweep(charset_file(FirstClass()), {2}, 3 + 2 * 2);
-}
+TEST_F(CharsetMemory, FirstClassAtEveryAllocation) { sweep(charset_file(FirstClass()), {2}, 3 + 2 * 2); }
 
 TEST_F(CharsetMemory, SecondClassAtEveryAllocation) {
     SecondClass image;
@@ -625,7 +625,7 @@ TEST(CharAttribMemory, TablesAreNotFreedWithTheRecord) {
     EXPECT_EQ(image, std::string(FirstClass::SIZE, '\x05'));
 }
 
-// ---- Broken contracts -----------------------------------------------------------------------------------------------
+// ---- Broken contracts -----------------------------------------------------------------------------------------
 
 class LoadOperands {
 public:

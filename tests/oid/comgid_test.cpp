@@ -30,8 +30,8 @@ protected:
     // The dotted text of the identifier that a name stands for, or "fail"; a null class searches all.
     std::string found(std::string name, CS_INT len, CS_INT *id_class) {
         CsOID *oid = &nothing_;
-        const CS_RETCODE status = comn_globalid(&context_, CS_NAME_TO_OID, &oid, id_class, CS_UNUSED, chars(name), len,
-                                                nullptr, nullptr);
+        const CS_RETCODE status =
+            comn_globalid(&context_, CS_NAME_TO_OID, &oid, id_class, CS_UNUSED, chars(name), len, nullptr, nullptr);
         if (status == CS_SUCCEED)
             return text_of(oid->oidstring, oid->oidnamelen);
         EXPECT_EQ(status, CS_FAIL);
@@ -522,9 +522,7 @@ public:
         const auto of_type = [&](CS_INT type) {
             return comn_globalid(context, type, &oidp_, &class_, CS_UNUSED, name_, 1, nullptr, nullptr);
         };
-        const auto of_class = [&](CS_INT id_class) {
-            return comn__nametooid(context, &oidp_, &id_class, name_, 1);
-        };
+        const auto of_class = [&](CS_INT id_class) { return comn__nametooid(context, &oidp_, &id_class, name_, 1); };
         const auto by_encoding = [&](CS_INT id_class) {
             return comn_gid_to_oid(context, id_class, nullptr, 0, &oidp_);
         };
@@ -569,9 +567,7 @@ public:
             return of_class(CS_NULLTERM);
         }
     }
-    bool are_untouched() const {
-        return oidp_ == &oid_ && class_ == -77 && number_ == -77 && name_[0] == 'x';
-    }
+    bool are_untouched() const { return oidp_ == &oid_ && class_ == -77 && number_ == -77 && name_[0] == 'x'; }
 
 private:
     Contexts contexts_;

@@ -475,7 +475,6 @@ TEST_F(OidFileFailure, MalformedFileInEveryWay) {
         EXPECT_EQ(context_.ctxintlerr, c.code) << c.wrong;
     }
     EXPECT_EQ(load(good + good), CS_SUCCEED) << "the rest is right";
-    EXPECT_EQ(load(good + good), CS_SUCCEED) << "the rest is right";
 }
 
 TEST_F(OidFileFailure, IdentifierThatHasNoEncodingEndsTheLoad) {
@@ -591,8 +590,7 @@ public:
         calls.add(
             "comn__read_oidsection", [this] { return comn__read_oidsection(nullptr, &file_, 0, &table_); }, CS_FAIL);
         calls.add(
-            "comn__read_oidsection", [this] { return comn__read_oidsection(&context_, nullptr, 0, &table_); },
-            CS_FAIL);
+            "comn__read_oidsection", [this] { return comn__read_oidsection(&context_, nullptr, 0, &table_); }, CS_FAIL);
         calls.add(
             "comn__read_oidsection", [this] { return comn__read_oidsection(&context_, &file_, 0, nullptr); }, CS_FAIL);
         NULL_CALLS(calls, comn__read_localnames, CS_FAIL, &context_, &file_, &oid_);

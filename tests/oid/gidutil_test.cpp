@@ -24,21 +24,19 @@ Rows rows_of(const CS_STRINGS *map) {
 }
 
 TEST(OidMaps, ClassesHaveTheirNamesTwice) {
-    const Rows classes = {{0, "charset"},  {1, "numeric"},  {2, "money"},    {3, "datetime"},
-                          {4, "collate"},  {5, "natlang"},  {6, "integer2"}, {7, "integer4"},
-                          {8, "integer8"}, {9, "float4"},   {10, "float8"},  {11, "secmech"}};
+    const Rows classes = {{0, "charset"},  {1, "numeric"}, {2, "money"},    {3, "datetime"},
+                          {4, "collate"},  {5, "natlang"}, {6, "integer2"}, {7, "integer4"},
+                          {8, "integer8"}, {9, "float4"},  {10, "float8"},  {11, "secmech"}};
     EXPECT_EQ(rows_of(Com__classmap), classes);
     EXPECT_EQ(rows_of(Com__dup_classmap), classes);
     EXPECT_NE(Com__classmap, Com__dup_classmap);
 }
 
 TEST(OidMaps, NumbersOfTheLoginRecordHaveTheirNamesInOrder) {
-    const Rows numbers = {{2, "int2_lsb_high"},       {3, "int2_lsb_low"},
-                          {0, "int4_lsb_high"},       {1, "int4_lsb_low"},
-                          {6, "char_ascii"},          {7, "char_ebcdic"},
-                          {4, "float_ieee_lsb_high"}, {10, "float_ieee_lsb_low"},
-                          {11, "float_nd5000"},       {5, "float_vaxd"},
-                          {12, "flt4_ieee_lsb_high"}, {13, "flt4_ieee_lsb_low"},
+    const Rows numbers = {{2, "int2_lsb_high"},       {3, "int2_lsb_low"},        {0, "int4_lsb_high"},
+                          {1, "int4_lsb_low"},        {6, "char_ascii"},          {7, "char_ebcdic"},
+                          {4, "float_ieee_lsb_high"}, {10, "float_ieee_lsb_low"}, {11, "float_nd5000"},
+                          {5, "float_vaxd"},          {12, "flt4_ieee_lsb_high"}, {13, "flt4_ieee_lsb_low"},
                           {14, "flt4_vaxf"},          {15, "flt4_nd5000"}};
     EXPECT_EQ(rows_of(Com__tds_lclname_map), numbers);
 }
@@ -121,8 +119,8 @@ TEST_F(LoginNumbers, EachHasItsIdentifierAndTheIdentifierItsNumber) {
     };
     for (const Case &c : {Case{2, 6, "1.8.1"}, Case{3, 6, "1.8.2"}, Case{0, 7, "1.9.1"}, Case{1, 7, "1.9.2"},
                           Case{6, 0, "1.2.1"}, Case{7, 0, "1.2.2"}, Case{4, 10, "1.12.1"}, Case{10, 10, "1.12.2"},
-                          Case{11, 10, "1.12.3"}, Case{5, 10, "1.12.4"}, Case{12, 9, "1.11.1"},
-                          Case{13, 9, "1.11.2"}, Case{14, 9, "1.11.3"}, Case{15, 9, "1.11.4"}}) {
+                          Case{11, 10, "1.12.3"}, Case{5, 10, "1.12.4"}, Case{12, 9, "1.11.1"}, Case{13, 9, "1.11.2"},
+                          Case{14, 9, "1.11.3"}, Case{15, 9, "1.11.4"}}) {
         CsOID *oid = &nothing_;
         EXPECT_EQ(comn_tds_to_oid(&context_, c.id_class, c.number, &oid), CS_SUCCEED) << c.number;
         EXPECT_EQ(oid, oid_of(c.id_class, c.dotted)) << c.number;
@@ -253,9 +251,9 @@ TEST_F(Convack, OddityLengthBelow1LeavesTheSlotNullAlsoThatOfATerminatedName) {
 }
 
 TEST_F(Convack, EachNameIsOptionalByItself) {
-    CS_INT Acknowledged::*const lengths[] = {&Acknowledged::charset_len,  &Acknowledged::lang_len,
-                                             &Acknowledged::sort_len,     &Acknowledged::datetime_len,
-                                             &Acknowledged::money_len,    &Acknowledged::numeric_len};
+    CS_INT Acknowledged::*const lengths[] = {&Acknowledged::charset_len, &Acknowledged::lang_len,
+                                             &Acknowledged::sort_len,    &Acknowledged::datetime_len,
+                                             &Acknowledged::money_len,   &Acknowledged::numeric_len};
     CsOID *CS_CONVACK::*const slots[] = {&CS_CONVACK::ca_char,     &CS_CONVACK::ca_lang,  &CS_CONVACK::ca_sort,
                                          &CS_CONVACK::ca_datetime, &CS_CONVACK::ca_money, &CS_CONVACK::ca_numeric};
     for (int missing = 0; missing < 6; ++missing) {
@@ -312,10 +310,10 @@ TEST_F(Convack, CopyTakesThePointersOnly) {
 }
 
 TEST_F(Convack, ComparisonNeedsEverySlot) {
-    CsOID *CS_CONVACK::*const slots[] = {
-        &CS_CONVACK::ca_int2, &CS_CONVACK::ca_int4, &CS_CONVACK::ca_int8,     &CS_CONVACK::ca_flt4,
-        &CS_CONVACK::ca_flt8, &CS_CONVACK::ca_char, &CS_CONVACK::ca_lang,     &CS_CONVACK::ca_sort,
-        &CS_CONVACK::ca_datetime, &CS_CONVACK::ca_money, &CS_CONVACK::ca_numeric};
+    CsOID *CS_CONVACK::*const slots[] = {&CS_CONVACK::ca_int2,  &CS_CONVACK::ca_int4,   &CS_CONVACK::ca_int8,
+                                         &CS_CONVACK::ca_flt4,  &CS_CONVACK::ca_flt8,   &CS_CONVACK::ca_char,
+                                         &CS_CONVACK::ca_lang,  &CS_CONVACK::ca_sort,   &CS_CONVACK::ca_datetime,
+                                         &CS_CONVACK::ca_money, &CS_CONVACK::ca_numeric};
     ASSERT_EQ(operands_.init(&context_, &convack_), CS_SUCCEED);
     LooseOid other("\x06\x01\x7F"), empty("");
     CS_CONVACK copy = convack_;
@@ -416,9 +414,9 @@ TEST_F(OidDebugOutput, Convack) {
     ASSERT_EQ(Acknowledged().init(&context_, &convack), CS_SUCCEED);
     convack.ca_lang = nullptr;
     const std::pair<const char *, CsOID *> slots[] = {
-        {"integer2", convack.ca_int2}, {"integer4", convack.ca_int4},      {"integer8", nullptr},
-        {"float4", convack.ca_flt4},   {"float8", convack.ca_flt8},        {"charset", convack.ca_char},
-        {"natlang", nullptr},          {"collate", convack.ca_sort},       {"datetime", convack.ca_datetime},
+        {"integer2", convack.ca_int2}, {"integer4", convack.ca_int4},   {"integer8", nullptr},
+        {"float4", convack.ca_flt4},   {"float8", convack.ca_flt8},     {"charset", convack.ca_char},
+        {"natlang", nullptr},          {"collate", convack.ca_sort},    {"datetime", convack.ca_datetime},
         {"money", convack.ca_money},   {"numeric", convack.ca_numeric},
     };
     std::string expected = RULE + "CONVACK\n" + RULE;
@@ -451,9 +449,7 @@ public:
         };
         const auto oid_to_tds = [](CsOID *oid, CS_INT *number) { return comn_oid_to_tds(nullptr, oid, number); };
         const auto copy = [](CS_CONVACK *from, CS_CONVACK *to) { return comn_copy_convack(nullptr, from, to); };
-        const auto compare = [](CS_CONVACK *ack1, CS_CONVACK *ack2) {
-            return comn_cmp_convack(nullptr, ack1, ack2);
-        };
+        const auto compare = [](CS_CONVACK *ack1, CS_CONVACK *ack2) { return comn_cmp_convack(nullptr, ack1, ack2); };
         NULL_CALLS(calls, string_to_id, CS_FAIL, Com__classmap, name_, &number_);
         NULL_CALLS(calls, id_to_string, CS_FAIL, Com__classmap, &text_);
         NULL_CALLS(calls, oid_to_tds, CS_FAIL, &oid_, &number_);
@@ -466,9 +462,7 @@ public:
         calls.add(
             "comn_dbg_print_convack", [this] { return comn_dbg_print_convack(nullptr, nullptr), 0; }, 0);
     }
-    bool are_untouched() const {
-        return number_ == -77 && text_ == name_ && is_zeroed(convack_);
-    }
+    bool are_untouched() const { return number_ == -77 && text_ == name_ && is_zeroed(convack_); }
 
 private:
     CsOID oid_ = {};

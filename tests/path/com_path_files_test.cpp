@@ -221,7 +221,8 @@ TEST_F(Openers, WithoutMemoryAreNoLocfileAndLeaveNothing) {
             int held;
             {
                 const support::FailingAllocator failing(1, span);
-                status = opener == 0   ? comn__open_msgfile(&context_, chars(lang_), 6, chars(msg_), 5, &file_, nullptr, 0)
+                status = opener == 0
+                             ? comn__open_msgfile(&context_, chars(lang_), 6, chars(msg_), 5, &file_, nullptr, 0)
                          : opener == 1 ? com__open_cfgfile(&context_, chars(cfg_), &file_, CS_FALSE)
                          : opener == 2
                              ? com__open_locfile(&context_, nullptr, nullptr, chars(locales), &file_, nullptr, 0)
