@@ -10,8 +10,8 @@
 
 #include <dlxcomn/datetext.h>
 
+#include <algorithm>
 #include <cstring>
-#include <type_traits>
 
 namespace dlx {
 namespace {
@@ -22,7 +22,6 @@ using Token = struct com__datecrack;
 
 constexpr int LONGEST_WORD = 30;   // bytes
 constexpr int LONGEST_NUMBER = 8;  // digits
-constexpr int LONGEST_CHARACTER = 15;
 constexpr CS_INT POINT = -1;       // the dcvalue of a separator that is a point
 
 constexpr int NUMBER_CLASS[LONGEST_NUMBER + 1] = {DT_ERROR,   DT_NUMBER,   DT_NUMBER, DT_NUMBER,  DT_YEAR4,
@@ -40,11 +39,20 @@ public:
     // The end of the text cuts the character: its second byte must not be looked at.
     bool is_cut() const { return !walker_.is_one_byte(*at_) && (left() < 2 || walker_.width(at_) > left()); }
     CS_BYTE ascii() const { return walker_.to_ascii(at_); }
-    bool is_digit() const { return walker_.type_bits(at_, CS_CT_DIGIT) != 0; }
-    bool is_word_character() const { return (walker_.lex(at_) & CS_LEX_IDENT) != 0; }
+    bool is_digit() const { return (type().char_type & CS_CT_DIGIT) != 0; }
+    bool is_word_character() const { return (type().char_lex & CS_LEX_IDENT) != 0; }
     void step() { at_ += walker_.step(at_); }
 
 private:
+    // The class of a one-byte character, too, may hang on a second byte. Behind the last byte of the text a zero byte
+    // stands for it.
+    const CHAR_MAP &type() const {
+        if (left() > 1)
+            return walker_.type(at_);
+        const CS_BYTE last[2] = {*at_, 0};
+        return walker_.type(last);
+    }
+
     const Walker &walker_;
     const CS_BYTE *at_;
     const CS_BYTE *end_;
@@ -56,16 +64,18 @@ bool is_ascii_digit(CS_BYTE c) { return c >= '0' && c <= '9'; }
 int take_number(Text &text, Token &token) {
     CS_INT value = 0;
     int digits = 0;
-    bool is_decimal = true;
+    bool is_number = true;
     for (; !text.is_at_end() && !text.is_cut() && text.is_digit(); text.step()) {
         const CS_BYTE c = text.ascii();
-        is_decimal = is_decimal && is_ascii_digit(c);
-        if (++digits <= LONGEST_NUMBER)
-            value = value * 10 + (c - '0');
+        is_number = is_number && is_ascii_digit(c);
+        if (digits == LONGEST_NUMBER)
+            is_number = false;
         else
-            digits = LONGEST_NUMBER + 1;
+            ++digits;
+        if (is_number)
+            value = value * 10 + (c - '0');
     }
-    if (digits > LONGEST_NUMBER || !is_decimal)
+    if (!is_number)
         return DT_ERROR;
     token.dclength = digits;
     token.dcvalue = value;
@@ -74,39 +84,51 @@ int take_number(Text &text, Token &token) {
 
 // A word in normal form.
 struct Word {
-    CS_BYTE bytes[LONGEST_WORD + LONGEST_CHARACTER];
+    CS_BYTE bytes[LONGEST_WORD];
     CS_INT length;
 };
 
-// A character that the end of the word cuts is filled up with NULs, so that nothing behind the word is read.
+// False for what is in no list: a word that is too long, or whose last character the length cuts.
 bool normalize_word(const Walker &walker, const char *word, int length, Word &normal) {
     if (length > LONGEST_WORD)
         return false;
-    CS_BYTE padded[LONGEST_WORD + LONGEST_CHARACTER] = {};
-    if (length > 0)
-        std::memcpy(padded, word, static_cast<std::size_t>(length));
+    length = std::max(length, 0);
+    CS_BYTE padded[LONGEST_WORD + 1] = {}; // a width may hang on a second byte, which is not looked for behind the word
+    std::memcpy(padded, word, static_cast<std::size_t>(length));
+    if (whole_characters(walker, padded, padded + length).before_end != 0)
+        return false;
     normal.length = normalize(walker, padded, length, normal.bytes);
     return true;
 }
 
-// Compares while it normalizes: most names differ in their first character.
-bool is_name(const Walker &walker, const CS_BYTE *name, const Word &word) {
-    CS_INT matched = 0;
-    while (*name != '\0') {
-        if (matched >= word.length)
+// The character ends in front of the name's NUL.
+bool is_whole(const CS_BYTE *at, CS_INT bytes) {
+    for (CS_INT i = 1; i < bytes; ++i)
+        if (at[i] == '\0')
             return false;
-        const CS_INT bytes = walker.step(name);
-        if (const CS_BYTE ascii = walker.to_ascii(name)) {
+    return true;
+}
+
+// Compares while it normalizes: most names differ in their first character. A name that is too long for a word, or
+// that ends inside a character, matches none.
+bool is_name(const Walker &walker, const CS_BYTE *name, const Word &word) {
+    const CS_BYTE *at = name;
+    CS_INT matched = 0;
+    while (*at != '\0') {
+        const CS_INT bytes = walker.step(at);
+        if (matched == word.length || !is_whole(at, bytes))
+            return false;
+        if (const CS_BYTE ascii = walker.to_ascii(at)) {
             if (word.bytes[matched++] != ascii)
                 return false;
-            name += bytes;
-            continue;
+        } else {
+            for (CS_INT i = 0; i < bytes; ++i)
+                if (matched == word.length || word.bytes[matched++] != at[i])
+                    return false;
         }
-        for (CS_INT i = 0; i < bytes; ++i)
-            if (matched >= word.length || word.bytes[matched++] != *name++)
-                return false;
+        at += bytes;
     }
-    return matched == word.length;
+    return matched == word.length && at - name <= LONGEST_WORD;
 }
 
 int find_name(const Walker &walker, const Word &word, char **list, int count) {

@@ -3,6 +3,8 @@
 #include "diag/check.h"
 #include "oid/table.h"
 
+#include <dlxcomn/locale.h>
+
 namespace dlx {
 namespace {
 
@@ -90,6 +92,21 @@ CS_RETCODE comn_oid_to_tds(CS_CONTEXT *context, CsOID *oid, CS_INT *tdsval) {
         return COM_TRACE(status);
     name[length] = '\0';
     return comn_string_to_id(context, Com__tds_lclname_map, name, tdsval);
+}
+
+CS_RETCODE comn_locale_to_oid(CS_CONTEXT *context, CS_LOCALE *locale, CS_INT type, CsOID **oidp) {
+    COM_REQUIRE_PTR(oidp, CS_FAIL);
+    COM_REQUIRE(type == CS_LOCALE_CHARSET_OID || type == CS_LOCALE_LANGUAGE_OID, CS_FAIL);
+    const bool is_charset = type == CS_LOCALE_CHARSET_OID;
+    CS_INT id_class = is_charset ? CS_OID_CHARSET : CS_OID_NATLANG;
+    CS_CHAR name[NAME_SIZE];
+    CS_INT length;
+    const CS_RETCODE status =
+        com_intl_getstr(locale, is_charset ? CS_LC_CTYPE : CS_LC_MESSAGE,
+                        is_charset ? CS_LOCSTR_CHARSET : CS_LOCSTR_LANGUAGE, name, NAME_SIZE, &length);
+    if (status != CS_SUCCEED)
+        return COM_TRACE(status);
+    return comn_globalid(context, CS_NAME_TO_OID, oidp, &id_class, CS_UNUSED, name, length, nullptr, nullptr);
 }
 
 // ---- What a peer acknowledged ----
