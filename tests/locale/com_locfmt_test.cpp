@@ -1,5 +1,6 @@
 // Format data files, and what reads their values.
 #include "locale_fixture.h"
+#include "support/account.h"
 #include "support/failing_allocator.h"
 #include "support/null_calls.h"
 
