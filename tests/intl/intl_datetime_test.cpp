@@ -47,12 +47,12 @@ protected:
 
 TEST_F(DateSection, FillsTheRecord) {
     ASSERT_EQ(read(support::german_common()), INTL_OK);
-    EXPECT_EQ(texts(info_.months), (Strings{"Januar", "Februar", "M\xC3\xA4rz", "April", "Mai", "Juni", "Juli", "August",
-                                            "September", "Oktober", "November", "Dezember"}));
-    EXPECT_EQ(texts(info_.shortmonths), (Strings{"Jan", "Feb", "M\xC3\xA4r", "Apr", "Mai", "Jun", "Jul", "Aug", "Sep",
-                                                 "Okt", "Nov", "Dez"}));
-    EXPECT_EQ(texts(info_.days), (Strings{"Sonntag", "Montag", "Dienstag", "Mittwoch", "Donnerstag", "Freitag",
-                                          "Samstag"}))
+    EXPECT_EQ(texts(info_.months), (Strings{"Januar", "Februar", "M\xC3\xA4rz", "April", "Mai", "Juni", "Juli",
+                                            "August", "September", "Oktober", "November", "Dezember"}));
+    EXPECT_EQ(texts(info_.shortmonths),
+              (Strings{"Jan", "Feb", "M\xC3\xA4r", "Apr", "Mai", "Jun", "Jul", "Aug", "Sep", "Okt", "Nov", "Dez"}));
+    EXPECT_EQ(texts(info_.days),
+              (Strings{"Sonntag", "Montag", "Dienstag", "Mittwoch", "Donnerstag", "Freitag", "Samstag"}))
         << "from Sunday on, whatever the first day of the week";
     EXPECT_EQ(info_.firstday, 2);
     EXPECT_STREQ(info_.dateorder, "dmy");

@@ -17,9 +17,8 @@ using support::NullCalls;
 using support::ReturningAssertions;
 using support::Variable;
 
-const std::string OPENING =
-    "\n\nThe context allocation routine failed when it tried to load localization files!!\n"
-    "One or more following problems may caused the failure\n\n";
+const std::string OPENING = "\n\nThe context allocation routine failed when it tried to load localization files!!\n"
+                            "One or more following problems may caused the failure\n\n";
 
 std::string home_text(const std::string &home) {
     return "Your dalvex home directory is " + home +
@@ -69,8 +68,9 @@ TEST_F(Check, CleanHomeHasNoFindings) { EXPECT_EQ(printed(), begin() + DEFAULT);
 
 TEST_F(Check, WithoutAHomeOnlyThatIsTold) {
     home_.home().put(std::nullopt);
-    EXPECT_EQ(printed(), OPENING + "Cannot access the dalvex home directory, please check environment variable DALVEX or "
-                                   "~dalvex\n");
+    EXPECT_EQ(printed(), OPENING +
+                             "Cannot access the dalvex home directory, please check environment variable DALVEX or "
+                             "~dalvex\n");
 }
 
 TEST_F(Check, HomeMayBeOfTheAccount) {
@@ -122,16 +122,14 @@ TEST_F(Check, NameLongerThanItsRoomIsCut) {
 
 TEST_F(Check, TroubleOfTheReaderIsTold) {
     home_.write(support::LOCALES_DAT, "[linux\n");
-    EXPECT_EQ(printed(), begin() + DEFAULT +
-                             "An intl library error occurs when trying to get local names from file: " +
+    EXPECT_EQ(printed(), begin() + DEFAULT + "An intl library error occurs when trying to get local names from file: " +
                              path_of(support::LOCALES_DAT) + ", can't continue!\n");
 }
 
 TEST_F(Check, DirectoryInPlaceOfLocalesIsTold) {
     home_.remove(support::LOCALES_DAT);
     home_.make_directory(support::LOCALES_DAT);
-    EXPECT_EQ(printed(), begin() + DEFAULT +
-                             "An intl library error occurs when trying to get local names from file: " +
+    EXPECT_EQ(printed(), begin() + DEFAULT + "An intl library error occurs when trying to get local names from file: " +
                              path_of(support::LOCALES_DAT) + ", can't continue!\n");
 }
 
@@ -160,7 +158,8 @@ TEST_F(Check, DatesAreNotNeededWhereTheyHaveAName) {
     lang_.put("dated");
     EXPECT_EQ(printed(), begin() + named("dated", "LANG"));
     lang_.put("default");
-    EXPECT_EQ(printed(), begin() + named("default", "LANG") + cannot_access(path_of(support::common_loc_of("us_english"))));
+    EXPECT_EQ(printed(),
+              begin() + named("default", "LANG") + cannot_access(path_of(support::common_loc_of("us_english"))));
 }
 
 TEST_F(Check, OrderIsSoughtInTheDirectoryOfTheSet) {
@@ -181,12 +180,11 @@ TEST_F(Check, PercentSignsComeOutAsTheyAre) {
                                 "[linux]\nlocale = %d, %x, %s%n, \"%%\"\nlocale = plain, german, %c\n"));
     home_.home().put(home);
     lang_.put("%d");
-    EXPECT_EQ(printed(), OPENING + home_text(home) + named("%d", "LANG") +
-                             cannot_access(home + "/locales/message/%x/common.loc") +
-                             cannot_access(home + "/locales/message/%x/cslib.loc") +
-                             cannot_access(home + "/charsets/%s%n/%%.srt") +
-                             cannot_access(home + "/charsets/%s%n/charset.loc") +
-                             cannot_access(home + "/charsets/%s%n/%s%n.cfg"));
+    EXPECT_EQ(printed(),
+              OPENING + home_text(home) + named("%d", "LANG") + cannot_access(home + "/locales/message/%x/common.loc") +
+                  cannot_access(home + "/locales/message/%x/cslib.loc") +
+                  cannot_access(home + "/charsets/%s%n/%%.srt") + cannot_access(home + "/charsets/%s%n/charset.loc") +
+                  cannot_access(home + "/charsets/%s%n/%s%n.cfg"));
     lang_.put("%n%s");
     EXPECT_EQ(printed(), OPENING + home_text(home) + named("%n%s", "LANG") +
                              "Locale name \"%n%s\" doesn't exist in your " + home + "/locales/locales.dat file\n");
@@ -233,7 +231,7 @@ TEST_F(Check, LeavesNothingBehind) {
     EXPECT_EQ(std::memcmp(&before, &context_, sizeof before), 0);
 }
 
-// ---- Single files ----------------------------------------------------------------------------------------------------
+// ---- Single files -------------------------------------------------------------------------------------------------
 
 class SingleFile : public Check {
 protected:
@@ -307,13 +305,20 @@ TEST_F(SingleFileDeathTest, NeedsAPathWithRoom) {
     cache.langname = name;
     CS_LOCALE locale = locale_of(&cache), empty = {};
     NullCalls calls;
-    calls.add("msgfile", [&] { return com__verify_msgfile(&context_, name, 1, name, 1, nullptr, 9); }, CS_FAIL);
-    calls.add("charfile", [&] { return com__verify_charfile(&context_, name, name, name, nullptr, 9); }, CS_FAIL);
-    calls.add("a msgfile", [&] { return com_intl_verify_a_msgfile(&context_, &locale, name, nullptr, 9); }, CS_FAIL);
-    calls.add("locale", [&] { return com_intl_verify_a_msgfile(&context_, nullptr, name, path_, 9); }, CS_FAIL);
-    calls.add("messages", [&] { return com_intl_verify_a_msgfile(&context_, &empty, name, path_, 9); }, CS_FAIL);
-    calls.add("file", [&] { return com_intl_verify_a_msgfile(&context_, &locale, nullptr, path_, 9); }, CS_FAIL);
-    calls.add("check", [&] { return com_intl_verify_ctxloc(nullptr), 0L; }, 0);
+    calls.add(
+        "msgfile", [&] { return com__verify_msgfile(&context_, name, 1, name, 1, nullptr, 9); }, CS_FAIL);
+    calls.add(
+        "charfile", [&] { return com__verify_charfile(&context_, name, name, name, nullptr, 9); }, CS_FAIL);
+    calls.add(
+        "a msgfile", [&] { return com_intl_verify_a_msgfile(&context_, &locale, name, nullptr, 9); }, CS_FAIL);
+    calls.add(
+        "locale", [&] { return com_intl_verify_a_msgfile(&context_, nullptr, name, path_, 9); }, CS_FAIL);
+    calls.add(
+        "messages", [&] { return com_intl_verify_a_msgfile(&context_, &empty, name, path_, 9); }, CS_FAIL);
+    calls.add(
+        "file", [&] { return com_intl_verify_a_msgfile(&context_, &locale, nullptr, path_, 9); }, CS_FAIL);
+    calls.add(
+        "check", [&] { return com_intl_verify_ctxloc(nullptr), 0L; }, 0);
     calls.expect_reports("chkfile");
     calls.expect_answers([] {}, [&] { EXPECT_STREQ(path_, "~~~~~~~"); });
     for (const CS_INT room : {0, -1}) {

@@ -39,7 +39,7 @@ private:
     std::string sets_[6], languages_[6], orders_[6];
 };
 
-// ---- Names -----------------------------------------------------------------------------------------------------------
+// ---- Names --------------------------------------------------------------------------------------------------------
 
 class LocaleText : public testing::Test {
 protected:
@@ -112,12 +112,13 @@ TEST_F(LocaleTextDeathTest, NeedsItsOperands) {
         return com_intl_getstr(locale, 1, 1, to, 8, outlen);
     };
     calls.add_each("com_intl_getstr", call, CS_FAIL, &locale_, &buffer[0], &length);
-    calls.add("category", [&] { return call(&empty, buffer, &length); }, CS_FAIL);
+    calls.add(
+        "category", [&] { return call(&empty, buffer, &length); }, CS_FAIL);
     calls.expect_reports("com_loc");
     calls.expect_answers([] {}, [&] { EXPECT_STREQ(buffer, "~"); });
 }
 
-// ---- Likeness --------------------------------------------------------------------------------------------------------
+// ---- Likeness -----------------------------------------------------------------------------------------------------
 
 constexpr CS_INT ALIKE = 0;
 constexpr CS_INT DIFFERENT = 1;
@@ -183,13 +184,15 @@ TEST_F(LocaleLikenessDeathTest, NeedsItsOperands) {
     NullCalls calls;
     const auto call = [](CS_LOCALE *loc1, CS_LOCALE *loc2) -> long { return com_intl_loccmp(1, 1, loc1, loc2); };
     calls.add_each("com_intl_loccmp", call, DIFFERENT, &locale1_, &locale2_);
-    calls.add("first category", [&] { return call(&empty, &locale2_); }, DIFFERENT);
-    calls.add("second category", [&] { return call(&locale1_, &empty); }, DIFFERENT);
+    calls.add(
+        "first category", [&] { return call(&empty, &locale2_); }, DIFFERENT);
+    calls.add(
+        "second category", [&] { return call(&locale1_, &empty); }, DIFFERENT);
     calls.expect_reports("com_loc");
     calls.expect_answers([] {}, [] {});
 }
 
-// ---- Records ---------------------------------------------------------------------------------------------------------
+// ---- Records ------------------------------------------------------------------------------------------------------
 
 class LocaleRecords : public testing::Test {
 protected:
@@ -304,6 +307,15 @@ TEST_F(LocaleRecords, DropAllFreesThemAndTheDefault) {
     EXPECT_EQ(comn_loc_drop_all(context()), CS_SUCCEED) << "none are left";
 }
 
+TEST_F(LocaleRecords, DefaultThatIsOnTheListIsFreedOnce) {
+    const FailingAllocator allocator;
+    context()->ctxdeflocale = allocated();
+    allocated();
+    EXPECT_EQ(comn_loc_drop_all(context()), CS_SUCCEED);
+    EXPECT_EQ(allocator.held(), 0);
+    EXPECT_EQ(context()->ctxdeflocale, nullptr);
+}
+
 TEST_F(LocaleRecords, DropAllZeroesThemFirst) {
     CS_LOCALE *const locale = allocated();
     CS_LOCALE image = *locale;
@@ -389,19 +401,25 @@ TEST_F(LocaleRecordsDeathTest, NeedTheirOperands) {
     NULL_CALLS(calls, comn_loc_drop_all, CS_FAIL, context());
     NULL_CALLS(calls, comn_loc_validate, CS_FALSE, context(), locale);
     NULL_CALLS(calls, comn_loc_copy, CS_FAIL, locale, &own_);
-    calls.add("alloc, globals", [&] { return comn_loc_alloc(&bare, &made); }, CS_FAIL);
-    calls.add("alloc, locale", [&] { return comn_loc_alloc(&localeless, &made); }, CS_FAIL);
-    calls.add("drop, globals", [&] { return comn_loc_drop(&bare, locale); }, CS_FAIL);
-    calls.add("drop all, globals", [&] { return comn_loc_drop_all(&bare); }, CS_FAIL);
-    calls.add("validate, globals", [&] { return comn_loc_validate(&bare, locale); }, CS_FALSE);
+    calls.add(
+        "alloc, globals", [&] { return comn_loc_alloc(&bare, &made); }, CS_FAIL);
+    calls.add(
+        "alloc, locale", [&] { return comn_loc_alloc(&localeless, &made); }, CS_FAIL);
+    calls.add(
+        "drop, globals", [&] { return comn_loc_drop(&bare, locale); }, CS_FAIL);
+    calls.add(
+        "drop all, globals", [&] { return comn_loc_drop_all(&bare); }, CS_FAIL);
+    calls.add(
+        "validate, globals", [&] { return comn_loc_validate(&bare, locale); }, CS_FALSE);
     calls.expect_reports("com_loc");
-    calls.expect_answers([] {}, [&] {
-        EXPECT_EQ(made, nullptr);
-        EXPECT_EQ(head(), locale);
-    });
+    calls.expect_answers([] {},
+                         [&] {
+                             EXPECT_EQ(made, nullptr);
+                             EXPECT_EQ(head(), locale);
+                         });
 }
 
-// ---- Identifiers -----------------------------------------------------------------------------------------------------
+// ---- Identifiers --------------------------------------------------------------------------------------------------
 
 using LocaleIdentifier = LocaleFixture;
 

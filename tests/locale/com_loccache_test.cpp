@@ -61,7 +61,7 @@ protected:
     CsLocCache shared_ = {};
 };
 
-// ---- Making and dropping ---------------------------------------------------------------------------------------------
+// ---- Making and dropping ------------------------------------------------------------------------------------------
 
 TEST_F(LocaleCaches, BeginZeroed) {
     CsLocCache *cache = nullptr;
@@ -156,7 +156,7 @@ TEST_F(LocaleCaches, CopyTellsThatMemoryIsShort) {
     comn__drop_loccache(context(), from);
 }
 
-// ---- Lookup by name --------------------------------------------------------------------------------------------------
+// ---- Lookup by name -----------------------------------------------------------------------------------------------
 
 TEST_F(LocaleCaches, ScanByNameComparesLengthAndBytes) {
     CsLocCache nameless = shared_;
@@ -173,7 +173,7 @@ TEST_F(LocaleCaches, ScanByNameComparesLengthAndBytes) {
     comn__drop_loccache(context(), named);
 }
 
-// ---- Equality of date data -------------------------------------------------------------------------------------------
+// ---- Equality of date data ----------------------------------------------------------------------------------------
 
 TEST_F(LocaleCaches, DatesWithIdentifiersAreEqualByThem) {
     CS_DATEINFO a = {}, b = {};
@@ -202,11 +202,16 @@ TEST_F(LocaleCaches, DatesWithoutIdentifiersAreEqualByFields) {
     using Text = CS_BYTE *CS_DATEINFO::*;
     using Length = CS_INT CS_DATEINFO::*;
     const std::pair<Text, Length> TEXTS[] = {
-        {&CS_DATEINFO::amindict, &CS_DATEINFO::amindict_len},   {&CS_DATEINFO::pmindict, &CS_DATEINFO::pmindict_len},
-        {&CS_DATEINFO::datefmt, &CS_DATEINFO::datefmt_len},     {&CS_DATEINFO::timefmt, &CS_DATEINFO::timefmt_len},
-        {&CS_DATEINFO::longdtfmt, &CS_DATEINFO::longdtfmt_len}, {&CS_DATEINFO::shrtdtfmt, &CS_DATEINFO::shrtdtfmt_len},
-        {&CS_DATEINFO::era, &CS_DATEINFO::era_len},             {&CS_DATEINFO::era_t_fmt, &CS_DATEINFO::eratfmt_len},
-        {&CS_DATEINFO::era_d_fmt, &CS_DATEINFO::eradfmt_len},   {&CS_DATEINFO::era_dt_fmt, &CS_DATEINFO::eradtfmt_len},
+        {&CS_DATEINFO::amindict, &CS_DATEINFO::amindict_len},
+        {&CS_DATEINFO::pmindict, &CS_DATEINFO::pmindict_len},
+        {&CS_DATEINFO::datefmt, &CS_DATEINFO::datefmt_len},
+        {&CS_DATEINFO::timefmt, &CS_DATEINFO::timefmt_len},
+        {&CS_DATEINFO::longdtfmt, &CS_DATEINFO::longdtfmt_len},
+        {&CS_DATEINFO::shrtdtfmt, &CS_DATEINFO::shrtdtfmt_len},
+        {&CS_DATEINFO::era, &CS_DATEINFO::era_len},
+        {&CS_DATEINFO::era_t_fmt, &CS_DATEINFO::eratfmt_len},
+        {&CS_DATEINFO::era_d_fmt, &CS_DATEINFO::eradfmt_len},
+        {&CS_DATEINFO::era_dt_fmt, &CS_DATEINFO::eradtfmt_len},
     };
     CS_DATEINFO base = {};
     const auto slots = [&](CS_DATEINFO &d) {
@@ -250,7 +255,7 @@ TEST_F(LocaleCaches, DatesWithoutIdentifiersAreEqualByFields) {
     }
 }
 
-// ---- Equality of caches ----------------------------------------------------------------------------------------------
+// ---- Equality of caches -------------------------------------------------------------------------------------------
 
 TEST_F(LocaleCaches, AreEqualByNamesAndIdentifiers) {
     CsLocCache *const a = filled();
@@ -320,7 +325,7 @@ TEST_F(LocaleCaches, TwoWithNothingAreEqual) {
     EXPECT_EQ(comn__cmp_loccache(&a, &b), CS_TRUE);
 }
 
-// ---- Taking an equal cache off the lists -----------------------------------------------------------------------------
+// ---- Taking an equal cache off the lists --------------------------------------------------------------------------
 
 class EqualCache : public LocaleCaches {
 protected:
@@ -397,7 +402,7 @@ TEST_F(EqualCache, DatesThatAreOnNoListFailAndChangeNothing) {
     EXPECT_EQ(found_, nullptr);
 }
 
-// ---- Operands --------------------------------------------------------------------------------------------------------
+// ---- Operands -----------------------------------------------------------------------------------------------------
 
 using LocaleCachesDeathTest = LocaleCaches;
 
@@ -407,19 +412,28 @@ TEST_F(LocaleCachesDeathTest, NeedTheirOperands) {
     CsLocCache *found = nullptr;
     CS_CHAR name[] = "x";
     NullCalls calls;
-    calls.add("create", [&] { return comn__create_loccache(context(), nullptr); }, CS_FAIL);
-    calls.add("drop", [&] { return comn__drop_loccache(context(), nullptr), 0L; }, 0);
+    calls.add(
+        "create", [&] { return comn__create_loccache(context(), nullptr); }, CS_FAIL);
+    calls.add(
+        "drop", [&] { return comn__drop_loccache(context(), nullptr), 0L; }, 0);
     NULL_CALLS(calls, comn__copy_loccache, CS_FAIL, &cache, &other);
     NULL_CALLS(calls, comn__cmp_loccache, CS_FALSE, &cache, &other);
     NULL_CALLS(calls, comn__cmp_dtinfo, CS_FALSE, &date_, &date_);
     NULL_CALLS(calls, com_intl_loccache_drop, CS_FAIL, context());
-    calls.add("drop, globals", [&] { return com_intl_loccache_drop(&bare); }, CS_FAIL);
-    calls.add("scan, context", [&] { return comn__scan_lcache(nullptr, &cache, &found); }, CS_FAIL);
-    calls.add("scan, globals", [&] { return comn__scan_lcache(&bare, &cache, &found); }, CS_FAIL);
-    calls.add("scan, result", [&] { return comn__scan_lcache(context(), &cache, nullptr); }, CS_FAIL);
-    calls.add("name, context", [&] { return com__scan_lcache_name(nullptr, name, 1) != nullptr; }, 0);
-    calls.add("name, globals", [&] { return com__scan_lcache_name(&bare, name, 1) != nullptr; }, 0);
-    calls.add("name", [&] { return com__scan_lcache_name(context(), nullptr, 1) != nullptr; }, 0);
+    calls.add(
+        "drop, globals", [&] { return com_intl_loccache_drop(&bare); }, CS_FAIL);
+    calls.add(
+        "scan, context", [&] { return comn__scan_lcache(nullptr, &cache, &found); }, CS_FAIL);
+    calls.add(
+        "scan, globals", [&] { return comn__scan_lcache(&bare, &cache, &found); }, CS_FAIL);
+    calls.add(
+        "scan, result", [&] { return comn__scan_lcache(context(), &cache, nullptr); }, CS_FAIL);
+    calls.add(
+        "name, context", [&] { return com__scan_lcache_name(nullptr, name, 1) != nullptr; }, 0);
+    calls.add(
+        "name, globals", [&] { return com__scan_lcache_name(&bare, name, 1) != nullptr; }, 0);
+    calls.add(
+        "name", [&] { return com__scan_lcache_name(context(), nullptr, 1) != nullptr; }, 0);
     calls.expect_reports("com_loccache");
     calls.expect_answers([] {}, [&] { EXPECT_EQ(other.locchardesc, &set_); });
 }

@@ -12,7 +12,7 @@ using support::FailingAllocator;
 using support::NullCalls;
 using support::ReturningAssertions;
 
-// ---- Grouping lists --------------------------------------------------------------------------------------------------
+// ---- Grouping lists -----------------------------------------------------------------------------------------------
 
 class Grouping : public testing::Test {
 protected:
@@ -111,7 +111,7 @@ TEST_F(GroupingDeathTest, NeedsItsOperands) {
     calls.expect_answers([] {}, [&] { EXPECT_EQ(count_, 0); });
 }
 
-// ---- Elements of a format --------------------------------------------------------------------------------------------
+// ---- Elements of a format -----------------------------------------------------------------------------------------
 
 TEST(FormatElements, FirstOfATypeDecides) {
     ParseStruct last = {2, nullptr, nullptr};
@@ -130,7 +130,7 @@ TEST(FormatElements, NoneIsNoFailure) {
     EXPECT_EQ(comn__chk_format(9, nullptr, nullptr), CS_SUCCEED);
 }
 
-// ---- Files -----------------------------------------------------------------------------------------------------------
+// ---- Files --------------------------------------------------------------------------------------------------------
 
 class FormatFiles : public LocaleFixture {
 protected:

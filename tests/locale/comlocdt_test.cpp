@@ -13,7 +13,7 @@ using support::FailingAllocator;
 using support::NullCalls;
 using support::ReturningAssertions;
 
-// ---- Orders ----------------------------------------------------------------------------------------------------------
+// ---- Orders -------------------------------------------------------------------------------------------------------
 
 TEST(DateOrder, TableOfOrders) {
     const struct {
@@ -44,7 +44,7 @@ TEST(DateOrderDeathTest, AnyOtherIdIsAnAssertion) {
     EXPECT_EQ(com__get_dateorder_id(nullptr), 1);
 }
 
-// ---- Weeks -----------------------------------------------------------------------------------------------------------
+// ---- Weeks --------------------------------------------------------------------------------------------------------
 
 TEST(FirstDay, OddityRecountIsAsTheFormulaGives) { EXPECT_EQ(com_intl_convt_firstday(2, 3, 1), 4); }
 
@@ -59,7 +59,7 @@ TEST(FirstDay, RecountsEveryDayOfEveryWeek) {
             }
 }
 
-// ---- Reading ---------------------------------------------------------------------------------------------------------
+// ---- Reading ------------------------------------------------------------------------------------------------------
 
 class DateData : public LocaleFixture {
 protected:
@@ -91,8 +91,8 @@ TEST_F(DateData, HoldsTheNames) {
     EXPECT_EQ(names_of(info->months, info->mon_len),
               (Strings{"Januar", "Februar", "M\xC3\xA4rz", "April", "Mai", "Juni", "Juli", "August", "September",
                        "Oktober", "November", "Dezember"}));
-    EXPECT_EQ(names_of(info->shortmonths, info->shrtmon_len), (Strings{"Jan", "Feb", "M\xC3\xA4r", "Apr", "Mai", "Jun",
-                                                                       "Jul", "Aug", "Sep", "Okt", "Nov", "Dez"}));
+    EXPECT_EQ(names_of(info->shortmonths, info->shrtmon_len),
+              (Strings{"Jan", "Feb", "M\xC3\xA4r", "Apr", "Mai", "Jun", "Jul", "Aug", "Sep", "Okt", "Nov", "Dez"}));
     EXPECT_EQ(names_of(info->days, info->day_len),
               (Strings{"Montag", "Dienstag", "Mittwoch", "Donnerstag", "Freitag", "Samstag", "Sonntag"}));
     EXPECT_EQ(info->firstday, 2);
@@ -269,9 +269,9 @@ TEST_F(DateData, FreeTakesNullAndTextsThatNoFileHas) {
     comn__free_numinfo(nullptr);
     const FailingAllocator allocator;
     auto *const info = static_cast<CS_DATEINFO *>(comn_calloc(1, sizeof(CS_DATEINFO)));
-    CS_BYTE **const TEXTS[] = {&info->amindict,  &info->pmindict,     &info->datefmt, &info->timefmt,
-                               &info->longdtfmt, &info->shrtdtfmt,    &info->era,     &info->era_t_fmt,
-                               &info->era_d_fmt, &info->era_dt_fmt,   &info->shortdays[0], &info->shortdays[6]};
+    CS_BYTE **const TEXTS[] = {&info->amindict,  &info->pmindict,   &info->datefmt,      &info->timefmt,
+                               &info->longdtfmt, &info->shrtdtfmt,  &info->era,          &info->era_t_fmt,
+                               &info->era_d_fmt, &info->era_dt_fmt, &info->shortdays[0], &info->shortdays[6]};
     for (CS_BYTE **text : TEXTS)
         *text = static_cast<CS_BYTE *>(comn_malloc(1));
     comn__free_dtinfo(info);
@@ -316,22 +316,29 @@ TEST_F(DateDataDeathTest, NeedsItsOperands) {
         return comn__read_common(context, lcache, nullptr, 0);
     };
     calls.add_each("comn__read_common", call, CS_FAIL, context(), &cache);
-    calls.add("globals", [&] { return call(&bare, &cache); }, CS_FAIL);
-    calls.add("messages", [&] { return call(context(), &no_messages); }, CS_FAIL);
+    calls.add(
+        "globals", [&] { return call(&bare, &cache); }, CS_FAIL);
+    calls.add(
+        "messages", [&] { return call(context(), &no_messages); }, CS_FAIL);
     NULL_CALLS(calls, comn__copy_dtinfo, CS_FAIL, &info, &info);
     NULL_CALLS(calls, comn_intl_dt_drop, CS_FAIL, context());
     NULL_CALLS(calls, comn_intl_mon_drop, CS_FAIL, context());
     NULL_CALLS(calls, comn_intl_num_drop, CS_FAIL, context());
-    calls.add("dates, globals", [&] { return comn_intl_dt_drop(&bare); }, CS_FAIL);
-    calls.add("money, globals", [&] { return comn_intl_mon_drop(&bare); }, CS_FAIL);
-    calls.add("numbers, globals", [&] { return comn_intl_num_drop(&bare); }, CS_FAIL);
-    calls.add("scan", [&] { return comn__scan_cache_dt(nullptr, &id_) != nullptr; }, 0);
-    calls.add("scan, globals", [&] { return comn__scan_cache_dt(&bare, &id_) != nullptr; }, 0);
+    calls.add(
+        "dates, globals", [&] { return comn_intl_dt_drop(&bare); }, CS_FAIL);
+    calls.add(
+        "money, globals", [&] { return comn_intl_mon_drop(&bare); }, CS_FAIL);
+    calls.add(
+        "numbers, globals", [&] { return comn_intl_num_drop(&bare); }, CS_FAIL);
+    calls.add(
+        "scan", [&] { return comn__scan_cache_dt(nullptr, &id_) != nullptr; }, 0);
+    calls.add(
+        "scan, globals", [&] { return comn__scan_cache_dt(&bare, &id_) != nullptr; }, 0);
     calls.expect_reports("comlocdt");
     calls.expect_answers([] {}, [&] { EXPECT_EQ(cache.locdateinfo, nullptr); });
 }
 
-// ---- What locales tell -----------------------------------------------------------------------------------------------
+// ---- What locales tell --------------------------------------------------------------------------------------------
 
 class DateGetters : public LocaleFixture {
 protected:
@@ -440,18 +447,25 @@ TEST_F(DateGettersDeathTest, NeedDateData) {
     CS_CONTEXT bare = {};
     CS_DATAFMT format = format_of(&no_cache), dateless = format_of(&no_dates);
     NullCalls calls;
-    calls.add("cache", [&] { return com_intl_firstday(context(), &format); }, 1);
-    calls.add("dates", [&] { return com_intl_firstday(context(), &dateless); }, 1);
-    calls.add("context's locale", [&] { return com_intl_firstday(&bare, nullptr); }, 1);
-    calls.add("months", [&] { return com_intl_months(context(), &format) == com__get_months(); }, 1);
-    calls.add("is12hour", [&] { return comn_intl_is12hour(nullptr, &german_); }, 0);
-    calls.add("get_dtfmt", [&] { return comn_intl_get_dtfmt(nullptr, &german_); }, 0);
-    calls.add("datetochar", [&] { return comn_get_datetochar_fmt(context(), nullptr); }, 0);
+    calls.add(
+        "cache", [&] { return com_intl_firstday(context(), &format); }, 1);
+    calls.add(
+        "dates", [&] { return com_intl_firstday(context(), &dateless); }, 1);
+    calls.add(
+        "context's locale", [&] { return com_intl_firstday(&bare, nullptr); }, 1);
+    calls.add(
+        "months", [&] { return com_intl_months(context(), &format) == com__get_months(); }, 1);
+    calls.add(
+        "is12hour", [&] { return comn_intl_is12hour(nullptr, &german_); }, 0);
+    calls.add(
+        "get_dtfmt", [&] { return comn_intl_get_dtfmt(nullptr, &german_); }, 0);
+    calls.add(
+        "datetochar", [&] { return comn_get_datetochar_fmt(context(), nullptr); }, 0);
     calls.expect_reports("comlocdt");
     calls.expect_answers([] {}, [] {});
 }
 
-// ---- Styles of a locale ----------------------------------------------------------------------------------------------
+// ---- Styles of a locale -------------------------------------------------------------------------------------------
 
 class DateStyle : public DateGetters {
 protected:
@@ -602,12 +616,18 @@ TEST_F(DateStyleDeathTest, NeedsItsOperands) {
     CS_CONTEXT bare = {}, localeless = *context();
     localeless.ctxlocale = nullptr;
     NullCalls calls;
-    calls.add("context", [&] { return comn_intl_set_dtfmt(nullptr, &german_, &style); }, CS_FAIL);
-    calls.add("globals", [&] { return comn_intl_set_dtfmt(&bare, &german_, &style); }, CS_FAIL);
-    calls.add("buffer", [&] { return comn_intl_set_dtfmt(context(), &german_, nullptr); }, CS_FAIL);
-    calls.add("locale", [&] { return comn_intl_set_dtfmt(&localeless, nullptr, &style); }, CS_FAIL);
-    calls.add("cache", [&] { return comn_intl_set_dtfmt(context(), &no_cache, &style); }, CS_FAIL);
-    calls.add("dates", [&] { return comn_intl_set_dtfmt(context(), &no_dates, &style); }, CS_FAIL);
+    calls.add(
+        "context", [&] { return comn_intl_set_dtfmt(nullptr, &german_, &style); }, CS_FAIL);
+    calls.add(
+        "globals", [&] { return comn_intl_set_dtfmt(&bare, &german_, &style); }, CS_FAIL);
+    calls.add(
+        "buffer", [&] { return comn_intl_set_dtfmt(context(), &german_, nullptr); }, CS_FAIL);
+    calls.add(
+        "locale", [&] { return comn_intl_set_dtfmt(&localeless, nullptr, &style); }, CS_FAIL);
+    calls.add(
+        "cache", [&] { return comn_intl_set_dtfmt(context(), &no_cache, &style); }, CS_FAIL);
+    calls.add(
+        "dates", [&] { return comn_intl_set_dtfmt(context(), &no_dates, &style); }, CS_FAIL);
     calls.expect_reports("comlocdt");
     calls.expect_answers([] {}, [&] { EXPECT_EQ(caches(), 2); });
 }

@@ -30,8 +30,7 @@ Strings names_of(CS_BYTE *const (&table)[Count], const CS_INT (&lengths)[Count])
     return names;
 }
 
-inline const Strings WEEK_FROM_SUNDAY = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                         "Thursday", "Friday", "Saturday"};
+inline const Strings WEEK_FROM_SUNDAY = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
 
 // The state of one application: its identifiers and its lock. Everything that was loaded goes with the object.
 class Application {
@@ -121,8 +120,8 @@ protected:
     }
     CS_RETCODE derive(CS_INT type, std::string name, CsLocCache *from, CsLocCache *&cache) {
         CS_VOID *derived = nullptr;
-        const CS_RETCODE status = comn_intl_load_dlxtypes(context(), type, chars(name), length_of(name), file_, ROOM,
-                                                          from, &derived);
+        const CS_RETCODE status =
+            comn_intl_load_dlxtypes(context(), type, chars(name), length_of(name), file_, ROOM, from, &derived);
         cache = static_cast<CsLocCache *>(derived);
         return status;
     }

@@ -13,7 +13,7 @@
 
 namespace support {
 
-// ---- Contents ------------------------------------------------------------------------------------------------------
+// ---- Contents -----------------------------------------------------------------------------------------------------
 
 // `content` with the first `from` replaced, which has to be there.
 inline std::string changed(std::string content, const std::string &from, const std::string &to) {
@@ -116,7 +116,7 @@ inline std::string locales_dat() {
            "[sun]\nlocale = solaris, us_english, iso_1\n";
 }
 
-// ---- The directory ---------------------------------------------------------------------------------------------------
+// ---- The directory ------------------------------------------------------------------------------------------------
 
 inline const std::string OBJECTID_DAT = "config/objectid.dat";
 inline const std::string LOCALES_DAT = "locales/locales.dat";

@@ -156,6 +156,8 @@ CS_RETCODE comn_loc_drop_all(CsContext *context) {
         return COM_TRACE(lock.status());
     for (CS_LOCALE *locale = context->ctxglobals->cmg_locale; locale != nullptr;) {
         CS_LOCALE *const next = locale->next;
+        if (context->ctxdeflocale == locale)
+            context->ctxdeflocale = nullptr; // it goes here, and not once more below
         com_secure_memset(locale, 0, sizeof *locale); // who uses it still finds no caches; plain stores would go
         std::free(locale);
         locale = next;
