@@ -11,7 +11,10 @@ using support::FailingAllocator;
 using support::NullCalls;
 using support::ReturningAssertions;
 
-CS_CHAR *copy_of(const char *text) { return strdup(text); }
+CS_CHAR *copy_of(const char *text) {
+    const std::size_t size = std::strlen(text) + 1;
+    return static_cast<CS_CHAR *>(std::memcpy(comn_malloc(size), text, size));
+}
 
 // A cache with everything set. Names are memory of their own.
 void fill(CsLocCache &cache, const CsLocCache &shared) {

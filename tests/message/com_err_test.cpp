@@ -5,6 +5,7 @@
 
 #include <dlxintl/intl.h>
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -19,6 +20,11 @@ Record *make() {
     return static_cast<Record *>(comn_calloc(1, sizeof(Record)));
 }
 
+CS_CHAR *copy_of(const char *text) {
+    const std::size_t size = std::strlen(text) + 1;
+    return static_cast<CS_CHAR *>(std::memcpy(comn_malloc(size), text, size));
+}
+
 // A record of messages, which are made in files and sections and put in front of the history.
 class MessageCache : public testing::Test {
 protected:
@@ -29,14 +35,14 @@ protected:
 
     CsErrFileCache *add_file() {
         auto *const file = make<CsErrFileCache>();
-        file->errfilename = strdup("comnlib.loc");
+        file->errfilename = copy_of("comnlib.loc");
         file->next = message_.locfilecache;
         message_.locfilecache = file;
         return file;
     }
     CsErrSecCache *add_section(CsErrFileCache *file) {
         auto *const section = make<CsErrSecCache>();
-        section->errstr = strdup("section");
+        section->errstr = copy_of("section");
         section->next = file->errsecs;
         file->errsecs = section;
         return section;
@@ -44,7 +50,7 @@ protected:
     CsErrorCache *add_message(CsErrSecCache *section) {
         auto *const error = make<CsErrorCache>();
         error->errnum = ++number_;
-        error->errmsg = strdup("a text");
+        error->errmsg = copy_of("a text");
         error->errseccache = section;
         error->next = section->errcache;
         section->errcache = error;
