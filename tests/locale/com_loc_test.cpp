@@ -447,4 +447,21 @@ TEST_F(LocaleIdentifier, NamesWithoutOneOrTooLongFail) {
     EXPECT_EQ(oid, nullptr);
 }
 
+using LocaleIdentifierDeathTest = LocaleFixture;
+
+TEST_F(LocaleIdentifierDeathTest, TypeIsOneOfTwo) {
+    CS_LOCALE locale = locale_of(loaded("default"));
+    CsOID *oid = nullptr;
+    for (const CS_INT type : {0, 3}) {
+        EXPECT_BOMB(comn_locale_to_oid(context(), &locale, type, &oid), "gidutil");
+        const ReturningAssertions returning;
+        EXPECT_EQ(comn_locale_to_oid(context(), &locale, type, &oid), CS_FAIL);
+        EXPECT_EQ(returning.count(), 1);
+    }
+    EXPECT_NULL_REPORT(comn_locale_to_oid(context(), &locale, CS_LOCALE_CHARSET_OID, nullptr), "gidutil");
+    const ReturningAssertions returning;
+    EXPECT_EQ(comn_locale_to_oid(context(), &locale, CS_LOCALE_CHARSET_OID, nullptr), CS_FAIL);
+    EXPECT_EQ(oid, nullptr);
+}
+
 } // namespace
