@@ -76,7 +76,7 @@ inline std::string joined(const std::vector<std::string> &items, const char *bet
 
 constexpr char SORT_HEADER[] = "[sortorder]\n"
                                "class = \\x01\nid = \\x32\nname = test_order\ncharset = iso_1\n"
-                               "description = An order, made up\nmenuname = Made up\n";
+                               "description = An order made up\nmenuname = Made up\n";
 
 // The lines of the entries.
 inline std::string body_of(const SortOrder &order) {
