@@ -1,13 +1,18 @@
 // UTF-8 and UTF-16, from one to the other.
 //
 // Both decoders are lenient in what callers have always been able to send (overlong forms, lone surrogates) and stop
-// in front of what they refuse. Long stretches of ASCII are moved many units at a time.
+// in front of what they refuse. The loops of the routines take any text, a character at a time, and say why they stop.
+// In front of them two quicker steps take what is common and stop silently at anything else: long stretches of ASCII,
+// and blocks of characters of one to three bytes. A block is written to a buffer of its own, so that its stores may be
+// wider than what they have to say, and the destination still receives nothing behind the last character.
 
 #include "bytes/memory.h"
+#include "diag/check.h"
 
 #include <dlxcomn/charconv.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 
 namespace dlx {
@@ -125,6 +130,100 @@ void narrow_ascii(Progress &at) {
     }
 }
 
+constexpr std::ptrdiff_t SMALLEST_BLOCK = 16; // units; what is shorter goes by characters
+constexpr std::ptrdiff_t LARGEST_BLOCK = 256;
+constexpr int WORD_BYTES = sizeof(std::uint64_t);
+constexpr int WORD_UNITS = WORD_BYTES / UNIT;
+constexpr int THREE_BYTES = 3; // the most that a unit becomes, but for pairs, which are two units
+
+static_assert(std::endian::native == std::endian::little, "the block steps take words apart from their low end");
+
+// Decodes characters of one to three bytes, in words of which a part may be taken. Answers whether it came forward.
+bool decode_block(Progress &at, bool validity_check) {
+    const std::ptrdiff_t size = std::min({at.left(), at.room() / UNIT, LARGEST_BLOCK});
+    if (size < SMALLEST_BLOCK)
+        return false;
+    Unit units[LARGEST_BLOCK + WORD_BYTES];
+    Unit *to = units;
+    const CS_BYTE *from = at.src;
+    const CS_BYTE *const last_word = at.src + size - WORD_BYTES;
+    while (from <= last_word) {
+        const std::uint64_t high_bits = load<std::uint64_t>(from) & 0x8080808080808080;
+        for (int i = 0; i < WORD_BYTES; ++i)
+            to[i] = from[i];
+        const int ascii = high_bits == 0 ? WORD_BYTES : std::countr_zero(high_bits) / 8;
+        from += ascii;
+        to += ascii;
+        if (ascii == WORD_BYTES)
+            continue;
+        const CS_BYTE *const run = from;
+        for (; from <= last_word; from += 2) {
+            const std::uint32_t bytes = load<std::uint16_t>(from);
+            if ((bytes & 0xC0E0) != 0x80C0)
+                break;
+            *to++ = static_cast<Unit>((bytes & 0x1F) << 6 | (bytes >> 8 & 0x3F));
+        }
+        for (; from <= last_word; from += 3) {
+            const std::uint32_t bytes = load<std::uint32_t>(from);
+            const std::uint32_t code_point = (bytes & 0x0F) << 12 | (bytes >> 2 & 0xFC0) | (bytes >> 16 & 0x3F);
+            if ((bytes & 0xC0C0F0) != 0x8080E0 || (code_point > LAST_VALID_UNIT && validity_check))
+                break;
+            *to++ = static_cast<Unit>(code_point);
+        }
+        if (from == run)
+            break;
+    }
+    std::memcpy(at.dest, units, static_cast<std::size_t>(to - units) * UNIT);
+    at.dest += (to - units) * UNIT;
+    const bool is_forward = from != at.src;
+    at.src = from;
+    return is_forward;
+}
+
+// Encodes units that are no surrogates, four ASCII ones at once. Answers whether it came forward.
+bool encode_block(Progress &at, bool validity_check) {
+    const std::ptrdiff_t size = std::min({at.left() / UNIT, at.room() / THREE_BYTES, LARGEST_BLOCK});
+    if (size < SMALLEST_BLOCK)
+        return false;
+    CS_BYTE bytes[LARGEST_BLOCK * THREE_BYTES + WORD_UNITS];
+    CS_BYTE *to = bytes;
+    const CS_BYTE *from = at.src;
+    const CS_BYTE *const last_word = at.src + size * UNIT - WORD_BYTES;
+    while (from <= last_word) {
+        const auto word = load<std::uint64_t>(from);
+        const std::uint64_t high_bits = word & 0xFF80FF80FF80FF80;
+        const std::uint64_t pairs = word | word >> 8;
+        store(to, static_cast<std::uint32_t>((pairs & 0xFFFF) | (pairs >> 16 & 0xFFFF0000)));
+        const int ascii = high_bits == 0 ? WORD_UNITS : std::countr_zero(high_bits) / 16;
+        from += ascii * UNIT;
+        to += ascii;
+        if (ascii == WORD_UNITS)
+            continue;
+        const CS_BYTE *const run = from;
+        for (; from <= last_word; from += UNIT) {
+            const std::uint32_t unit = load<Unit>(from);
+            if (unit < 0x80)
+                break;
+            if (unit < 0x800) {
+                store(to, static_cast<std::uint16_t>(0x80C0 | unit >> 6 | (unit & 0x3F) << 8));
+                to += 2;
+                continue;
+            }
+            if ((unit & 0xF800) == HIGH_SURROGATE || (unit > LAST_VALID_UNIT && validity_check))
+                break;
+            store(to, 0x8080E0 | unit >> 12 | (unit << 2 & 0x3F00) | (unit & 0x3F) << 16);
+            to += 3;
+        }
+        if (from == run)
+            break;
+    }
+    std::memcpy(at.dest, bytes, static_cast<std::size_t>(to - bytes));
+    at.dest += to - bytes;
+    const bool is_forward = from != at.src;
+    at.src = from;
+    return is_forward;
+}
+
 // Writes one code point in as many bytes as it takes; false if the room is too small.
 bool put_utf8(Progress &at, std::uint32_t code_point, int bytes) {
     if (at.room() < bytes)
@@ -146,6 +245,10 @@ using namespace dlx;
 
 int com__fou_utf8_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused, CS_VOID *padbytes,
                            CS_BOOL validity_check) {
+    if (slen > 0)
+        COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
+    if (dlen > 0)
+        COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
     Progress at = {src, src + slen, dest, dest + dlen};
     while (at.left() > 0) {
         if (*at.src < 0x80) {
@@ -153,6 +256,8 @@ int com__fou_utf8_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int 
             if (at.left() <= 0)
                 break;
         }
+        if (decode_block(at, validity_check))
+            continue;
         const Decoded next = decode(at, validity_check);
         if (next.bytes == 0) {
             at.flags = CS_XLATE_INVALID;
@@ -179,9 +284,14 @@ int com__fou_utf8_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int 
 
 int com__fou_utf16_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused,
                             CS_VOID *padbytes) {
+    if (slen > 0)
+        COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
+    if (dlen > 0)
+        COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
     Progress at = {src, src + slen, dest, dest + dlen};
     const std::ptrdiff_t units = std::max<std::ptrdiff_t>(0, std::min(at.left(), at.room()) / UNIT);
-    std::memmove(at.dest, at.src, static_cast<std::size_t>(units * UNIT));
+    if (units > 0)
+        std::memmove(at.dest, at.src, static_cast<std::size_t>(units * UNIT));
     at.src += units * UNIT;
     at.dest += units * UNIT;
     if (at.left() >= UNIT)
@@ -193,19 +303,24 @@ int com__fou_utf16_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int
 
 int com__fou_utf16_to_utf8(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused, CS_VOID *padbytes,
                            CS_BOOL validity_check) {
+    if (slen > 0)
+        COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
+    if (dlen > 0)
+        COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
     Progress at = {src, src + slen, dest, dest + dlen};
     while (at.left() > 0) {
         if (at.left() == 1) {
             at.flags = CS_XLATE_INVALID;
             break;
         }
-        std::uint32_t code_point = load<Unit>(at.src);
-        if (code_point < 0x80) {
+        if (load<Unit>(at.src) < 0x80) {
             narrow_ascii(at);
             if (at.left() < UNIT)
                 continue;
-            code_point = load<Unit>(at.src);
         }
+        if (encode_block(at, validity_check))
+            continue;
+        std::uint32_t code_point = load<Unit>(at.src);
         int units = 1;
         if (code_point >= FIRST_PRIVATE_USE) {
             if (validity_check && code_point > LAST_VALID_UNIT) {

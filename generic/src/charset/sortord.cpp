@@ -44,7 +44,10 @@ public:
     void step_back() { --at_; }
     // Nothing but blanks is left, whatever weight a blank has.
     bool is_blank() const {
-        return std::all_of(at_, end_, [](char c) { return c == BLANK; });
+        const char *at = at_;
+        while (at < end_ && *at == BLANK)
+            ++at;
+        return at >= end_; // a text of negative length is behind its end at once
     }
 
 private:
@@ -80,6 +83,10 @@ int first_difference(const SO_1CLASS *so, const char *str1, int len1, const char
 using namespace dlx;
 
 void com__smel_lsc(SMEL *smels, int smel_1st, char **raw_cur, char *raw_end, LSC *lsc, LSC *hold) {
+    COM_REQUIRE_PTR(smels);
+    COM_REQUIRE_PTR(raw_cur);
+    COM_REQUIRE_PTR(lsc);
+    COM_REQUIRE_PTR(hold);
     *lsc = *hold = NO_WEIGHT;
     for (int at = smel_1st;; at = smels[at].next_smel) {
         COM_REQUIRE(at != SMEL_END); // the loader ends each chain with an element that matches
