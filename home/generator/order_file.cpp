@@ -5,7 +5,8 @@
 // Between equal words decide, at the first place where they differ, no accent before an accent and upper case before
 // lower case. Æ, Œ and ß stand behind the pair of letters that they are.
 //
-// Only canonical decompositions count as accents, which Unicode never changes, and a few letters with strokes.
+// Only canonical decompositions count as accents, which Unicode never changes, and those of a few letters that have
+// none.
 #include "classes.h"
 #include "files.h"
 
@@ -38,11 +39,12 @@ struct Relative {
     char32_t base;
 };
 
-// Letters that have no decomposition, and the letter that they are a form of.
-constexpr Relative STROKED[] = {{0x00F8, U'o'}, {0x0111, U'd'}, {0x0142, U'l'}};
-constexpr char32_t STROKE = 0x0338; // behind all accents
+// Letters that have no canonical decomposition, and the letter that they are a form of.
+constexpr Relative FORMS[] = {{0x00AA, U'a'}, {0x00B5, 0x03BC}, {0x00BA, U'o'}, {0x00F0, U'd'},
+                              {0x00F8, U'o'}, {0x0111, U'd'},   {0x0142, U'l'}, {0x207F, U'n'}};
+constexpr char32_t BEHIND_ACCENTS = 0x0338; // the last combining mark
 // Letters of their own, and the one behind which they stand.
-constexpr Relative FOLLOWERS[] = {{0x00F0, U'd'}, {0x0192, U'f'}, {0x0131, U'i'}, {0x00FE, U'z'}};
+constexpr Relative FOLLOWERS[] = {{0x0131, U'i'}, {0x0192, U'f'}, {0x00FE, U'z'}};
 
 template <std::size_t N>
 char32_t base_among(const Relative (&relatives)[N], char32_t letter) {
@@ -104,9 +106,9 @@ Place place_of_letter(char32_t character, int code) {
     std::u32string parts = decomposed(character);
     char32_t base = lower_case(parts[0]);
     std::u32string accents = parts.substr(1);
-    if (const char32_t stroked = base_among(STROKED, base)) {
-        accents += STROKE;
-        base = stroked;
+    if (const char32_t form_of = base_among(FORMS, base)) {
+        accents += {BEHIND_ACCENTS, base};
+        base = form_of;
     }
     const char32_t own = base;
     const char32_t before = base_among(FOLLOWERS, base);
@@ -118,6 +120,9 @@ Place place_of_letter(char32_t character, int code) {
             {accents, is_lower, code, character}};
 }
 
+// The C library takes them for letters.
+bool is_lone_accent(char32_t character) { return character >= 0x02B0 && character <= 0x02FF; }
+
 Place place_of(std::optional<char32_t> character, int code) {
     const auto at = [&](Group group, char32_t base) {
         return Place{{group, base, 0}, {{}, false, code, character.value_or(0)}};
@@ -125,7 +130,7 @@ Place place_of(std::optional<char32_t> character, int code) {
     if (!character)
         return at(Group::control, static_cast<char32_t>(0x110000 + code));
     const CS_BYTE types = type_bits(*character);
-    if ((types & CS_CT_ALPHA) != 0)
+    if ((types & CS_CT_ALPHA) != 0 && !is_lone_accent(*character))
         return place_of_letter(*character, code);
     if ((types & CS_CT_DIGIT) != 0)
         return at(Group::digit, *character);

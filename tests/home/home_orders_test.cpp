@@ -78,7 +78,6 @@ struct Letter {
     char32_t character;
 };
 
-// Those of a set but three, which count as signs of their own: ª, º and µ.
 std::vector<Letter> letters_of(const OrderedSet &set) {
     std::vector<Letter> letters;
     for (int code = 1; code < 256; ++code) {
@@ -88,8 +87,8 @@ std::vector<Letter> letters_of(const OrderedSet &set) {
             continue;
         char32_t character;
         std::copy(text.begin(), text.end(), reinterpret_cast<char *>(&character));
-        const bool is_sign = character == 0xAA || character == 0xBA || character == 0xB5;
-        if (!is_sign && iswalpha_l(static_cast<wint_t>(character), unicode()))
+        const bool is_lone_accent = character >= 0x02B0 && character <= 0x02FF; // it sorts as a sign
+        if (!is_lone_accent && iswalpha_l(static_cast<wint_t>(character), unicode()))
             letters.push_back({byte, character});
     }
     return letters;
@@ -161,8 +160,9 @@ TEST_P(HomeOrders, PrimaryDifferencesAreThoseOfTheOrderWithoutAccents) {
         for (const Letter &left : letters)
             for (const Letter &right : letters) {
                 const int expected = compare(plain, left.byte, right.byte);
-                if (expected != 0)
+                if (expected != 0) {
                     EXPECT_EQ(compare(so, left.byte, right.byte), expected) << name << left.byte << right.byte;
+                }
             }
     }
 }
@@ -215,7 +215,7 @@ TEST_P(HomeOrders, LigaturesStandBehindTheirLetters) {
     if (in_set("æ").empty())
         return; // there is none in Central Europe
     EXPECT_EQ(sorted("dict", {"aft", "Æra", "ære", "aera", "aerob", "Aera", "adel"}),
-              (Strings{"adel", "Aera", "aera", "Æra", "ære", "aerob", "aft"}));
+              (Strings{"adel", "Aera", "Æra", "aera", "ære", "aerob", "aft"}));
     EXPECT_EQ(compare(table("noaccent"), in_set("ÆRA"), in_set("aera")), 0);
     EXPECT_EQ(compare(table("nocase"), in_set("ÆRA"), in_set("æra")), 0);
     if (!in_set("œ").empty()) {
