@@ -20,10 +20,10 @@ using Strings = std::vector<std::string>;
 
 inline std::string text_of(const CS_CHAR *text, CS_INT length) { return {text, static_cast<std::size_t>(length)}; }
 
-// The home is the one that ships while the object lives.
+// The home is the one that ships, or another one, while the object lives.
 class ShippedHome : public testing::Test {
 protected:
-    ShippedHome() {
+    explicit ShippedHome(const std::string &path = HOME) : home_("DALVEX", path) {
         callbacks_.take_mutex_fn = comn_take_mutex;
         callbacks_.release_mutex_fn = comn_release_mutex;
         context_.ctxglobals = &globals_;
@@ -91,7 +91,7 @@ protected:
     }
 
 private:
-    const support::Variable home_{"DALVEX", HOME};
+    const support::Variable home_;
     CsCtxGlobals globals_ = {};
     CS_THREAD callbacks_ = {};
     CS_CONTEXT context_ = {};
