@@ -3,7 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <regex>
+#include <sstream>
 
 namespace {
 
@@ -15,12 +15,29 @@ const std::string page = support::content_of_file(DLXCOMN_SOURCE_DIR "/docs/data
 Strings texts_of(const std::string &heading) {
     const std::size_t begin = page.find("\n### " + heading + "\n");
     EXPECT_NE(begin, std::string::npos) << heading;
-    const std::string section = page.substr(begin, page.find("\n### ", begin + 1) - begin);
+    std::istringstream section(page.substr(begin + 1, page.find("\n### ", begin + 1) - begin));
     Strings texts;
-    static const std::regex FENCED("( *)```\n([^`]*?)```");
-    for (std::sregex_iterator at(section.begin(), section.end(), FENCED), end; at != end; ++at)
-        texts.push_back(std::regex_replace((*at)[2].str(), std::regex("(^|\n)" + (*at)[1].str()), "$1"));
+    bool is_inside = false;
+    for (std::string line; std::getline(section, line);) {
+        const std::size_t indent = std::min(line.find_first_not_of(' '), line.size());
+        if (line.substr(indent) == "```") {
+            is_inside = !is_inside;
+            if (is_inside)
+                texts.emplace_back();
+        } else if (is_inside) {
+            texts.back() += line.substr(indent) + "\n";
+        }
+    }
     return texts;
+}
+
+// `text` with every `from` replaced, of which there is at least one.
+std::string replaced(std::string text, const std::string &from, const std::string &to) {
+    std::size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    for (; at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+    return text;
 }
 
 class HomeSite : public testing::Test {
@@ -82,8 +99,8 @@ TEST_F(HomeSite, ASortOrderIsAnIdentifierAndAFile) {
     ASSERT_EQ(texts.size(), 3u);
     add("config/objectid.dat", "collate", texts[0]);
     std::string order = support::content_of_file(path_of("charsets/iso_1/dict.srt"));
-    order = std::regex_replace(order, std::regex("name = dict"), "name = swedish");
-    order = std::regex_replace(order, std::regex("\nid = [^\n]*"), "\nid = \\x05");
+    order = replaced(order, "name = dict", "name = swedish");
+    order = replaced(order, "id = \\x02", "id = \\x05");
     const std::size_t second_line = texts[1].find('\n') + 1;
     for (const std::string &line : {texts[1].substr(0, second_line), texts[1].substr(second_line)}) {
         const std::size_t at = order.find(line.substr(0, 12)); // "char = A, a,"
@@ -107,8 +124,7 @@ TEST_F(HomeSite, ASortOrderIsAnIdentifierAndAFile) {
 
 TEST_F(HomeSite, TheArcIsReplacedInEveryLine) {
     const std::string file = "config/objectid.dat";
-    write(file, std::regex_replace(support::content_of_file(path_of(file)), std::regex("1\\.3\\.6\\.1\\.4\\.1\\.54321"),
-                                   "1.3.6.1.4.1.99999.7"));
+    write(file, replaced(support::content_of_file(path_of(file)), "1.3.6.1.4.1.54321", "1.3.6.1.4.1.99999.7"));
     Site site(path_of(""));
     const CsLocCache *const cache = site.locale("default");
     ASSERT_NE(cache, nullptr);
