@@ -56,6 +56,8 @@ void enter_pool_rows();
 void enter_list_rows();
 void enter_locfile_rows();
 void enter_mutex_rows();
+void enter_utf_rows();
+void enter_sort_rows();
 
 } // namespace bench
 

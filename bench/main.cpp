@@ -13,6 +13,8 @@ int main(int argc, char **argv) {
     bench::enter_list_rows();
     bench::enter_locfile_rows();
     bench::enter_mutex_rows();
+    bench::enter_utf_rows();
+    bench::enter_sort_rows();
 
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))

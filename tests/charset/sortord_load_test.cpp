@@ -634,7 +634,7 @@ SortOrder random_order(Random &random) {
 TEST_F(SortFile, GeneratedOrdersMakeTheTablesOfASecondMaker) {
     Random random(20260107);
     int right = 0, wrong = 0, full = 0;
-    for (int round = 0; round < 1500; ++round) {
+    for (int round = 0; round < 600; ++round) {
         const SortOrder order = random_order(random);
         const auto expected = support::naive::table_of(order);
         const CS_RETCODE status = load(order);
@@ -645,9 +645,9 @@ TEST_F(SortFile, GeneratedOrdersMakeTheTablesOfASecondMaker) {
         }
         ++(expected ? right : wrong);
     }
-    EXPECT_GT(right, 300);
-    EXPECT_GT(wrong, 300);
-    EXPECT_GT(full, 20);
+    EXPECT_GT(right, 100);
+    EXPECT_GT(wrong, 100);
+    EXPECT_GT(full, 10);
 }
 
 // ---- Memory -------------------------------------------------------------------------------------------------

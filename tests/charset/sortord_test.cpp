@@ -192,6 +192,20 @@ TEST_F(Latin, NegativeLengthsAreNoText) {
     EXPECT_EQ(com__spec_tord(&table_, text + 2, -2, text + 2, 2), 0);
 }
 
+TEST(SortOrdersDeathTest, ANullTableIsReported) {
+    char text[] = "ab";
+    EXPECT_NULL_REPORT(com__ps_dl_sqlhilo(nullptr, text, 2, text, 2), "sortord");
+    EXPECT_NULL_REPORT(com__spec_tord(nullptr, text, 2, text, 2), "sortord");
+}
+
+TEST(SortOrders, ANullTableTellsNoDifferenceWhereAssertionsReturn) {
+    const ReturningAssertions returning;
+    char text[] = "ab";
+    EXPECT_EQ(com__ps_dl_sqlhilo(nullptr, text, 1, text + 1, 1), 0);
+    EXPECT_EQ(com__spec_tord(nullptr, text, 1, text + 1, 1), 0);
+    EXPECT_EQ(returning.count(), 2);
+}
+
 // ---- All pairs ----------------------------------------------------------------------------------------------
 
 using Random = std::mt19937_64;

@@ -114,6 +114,7 @@ void com__smel_lsc(SMEL *smels, int smel_1st, char **raw_cur, char *raw_end, LSC
 }
 
 int com__ps_dl_sqlhilo(SO_1CLASS *so, char *str1, int len1, char *str2, int len2) {
+    COM_REQUIRE_PTR(so, 0);
     const int start = first_difference(so, str1, len1, str2, len2);
     Weights first(so, str1 + start, str1 + len1);
     Weights second(so, str2 + start, str2 + len2);
@@ -134,6 +135,7 @@ int com__ps_dl_sqlhilo(SO_1CLASS *so, char *str1, int len1, char *str2, int len2
 }
 
 int com__spec_tord(SO_1CLASS *so, char *str1, int len1, char *str2, int len2) {
+    COM_REQUIRE_PTR(so, 0);
     const int start = first_difference(so, str1, len1, str2, len2);
     Weights first(so, str1 + start, str1 + len1);
     Weights second(so, str2 + start, str2 + len2);
