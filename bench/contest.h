@@ -50,11 +50,14 @@ void enter_text_rows();
 void enter_numeric_text_rows();
 void enter_numeric_rows();
 void enter_money_rows();
+void enter_date_rows();
 void enter_dispatch_rows();
 void enter_pool_rows();
 void enter_list_rows();
 void enter_locfile_rows();
 void enter_mutex_rows();
+void enter_utf_rows();
+void enter_sort_rows();
 
 } // namespace bench
 

@@ -311,7 +311,7 @@ void print_tokens(std::string_view text, const DateRules &rules, int code) {
                            left(class_name(token.dctoken), NAME_WIDTH) +
                            left(has_value(token) ? std::to_string(token.dcvalue) : "", NAME_WIDTH);
         if (i == stop)
-            line += i == DATE_MAXTOKENS ? "stops it: no date has so many tokens" : "stops it";
+            line += "stops it";
         line.erase(line.find_last_not_of(' ') + 1);
         print(line + "\n");
     }
@@ -320,13 +320,13 @@ void print_tokens(std::string_view text, const DateRules &rules, int code) {
 }
 
 // Whether the text reads, or would if something stood behind it. What can be missing is the rest of a time, the
-// rest of a date, or both; numbers that may be any of day, month and year serve for all orders.
+// rest of a date, or both; the numbers may be any of day, month and leap year, and so serve for all orders.
 bool is_beginning(std::string_view text, const DateRules &rules) {
     static constexpr std::string_view TIMES[] = {"", "0", ":0", ":0:0", "AM", "PM", "0AM", "0PM", ":0AM", ":0PM"};
     static constexpr std::string_view DATES[] = {
-        "",           "01",       "2003",     "-01",    "-2003",     "01-03",    "01-2003",  "2003-01", "-01-03",
-        "-01-2003",   "-2003-01", "01 2003",  "01 03",  "1/2/03",    "1/2/2003", "2003/1/2", "Jan",     "Jan 2003",
-        "Jan 1 2003", "Jan 03",   "Jan-2003", "Jan-03", "-Jan-2003", "-Jan-03",  "-Jan",     "20030102"};
+        "",           "01",       "2004",     "-01",    "-2004",     "01-04",    "01-2004",  "2004-01", "-01-04",
+        "-01-2004",   "-2004-01", "01 2004",  "01 04",  "1/2/04",    "1/2/2004", "2004/1/2", "Jan",     "Jan 2004",
+        "Jan 1 2004", "Jan 04",   "Jan-2004", "Jan-04", "-Jan-2004", "-Jan-04",  "-Jan",     "20040102"};
     for (const std::string_view time : TIMES)
         for (const std::string_view date : DATES) {
             std::string whole(text);

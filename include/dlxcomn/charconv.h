@@ -196,7 +196,7 @@ enum {
 
 /*
  * Converts slen bytes at src to at most dlen bytes at dest, and answers the flags, 0 when all went well; *sused and
- * *dused are the bytes read and written.
+ * *dused are the bytes read and written. Where assertions return, the answer to a null pointer is CS_XLATE_INVALID.
  */
 typedef int (*CS_XLATE_FUNC)(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused);
 

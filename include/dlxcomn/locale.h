@@ -214,7 +214,9 @@ DLXCOMN_API CS_RETCODE comn__intl_lookup(CsContext *context, CS_CHAR *name, CS_I
 
 /*
  * The UTF-8 basics, before the first locale: the character set and sort order of UTF-8, the identifier of UCS-2 and
- * the list context. Harmless when repeated. Takes no lock: call it before contexts go parallel.
+ * the list context. Harmless when repeated: with the set loaded it answers CS_SUCCEED, also where a later step failed
+ * before, so cmg_utf8_ctypeptr is what tells that all of it is there. Takes no lock: call it before contexts go
+ * parallel.
  */
 DLXCOMN_API CS_RETCODE comn_intl_init(CS_CONTEXT *context, CS_CHAR *locfilename, CS_INT filenamelen);
 /* End the list context of comn_intl_init; CS_FAIL while it has lists. */
@@ -228,8 +230,9 @@ DLXCOMN_API CS_RETCODE comn_intl_load(CsContext *context, CS_CHAR *name, CS_INT 
 /* What comn_intl_load_dlxtypes replaces. */
 enum { CS_LOC_LANGUAGE = 8, CS_LOC_CHARSET = 9, CS_LOC_SORTORDER = 10 };
 /*
- * *new_loccache_p = a cache like old_loccache with one item replaced; it has no name. CS_EBADCSNAME for a name that no
- * identifier has.
+ * *new_loccache_p = a cache like old_loccache with one item replaced; it has no name. A new character set keeps the
+ * messages of the old one, and its sort order too, unless the set is loaded by this very call and the context has a
+ * locale. CS_EBADCSNAME for a name that no identifier has.
  */
 DLXCOMN_API CS_RETCODE comn_intl_load_dlxtypes(CS_CONTEXT *context, CS_INT type, CS_CHAR *dlx_name, CS_INT namelen,
                                                CS_CHAR *locfilename, CS_INT filenamelen, CS_VOID *old_loccache,
@@ -255,6 +258,10 @@ DLXCOMN_API CsLocCache *com__scan_lcache_name(CsContext *context, CS_CHAR *name,
  * its date data is on no list. The caller holds the lock.
  */
 DLXCOMN_API CS_RETCODE comn__scan_lcache(CS_CONTEXT *context, CsLocCache *loccache, CsLocCache **dup_loccache);
+/*
+ * Whether names, and the identifiers of what they lead to, are the same. Date data with an identifier is like itself
+ * only; such without one is compared by its fields.
+ */
 DLXCOMN_API CS_BOOL comn__cmp_loccache(CsLocCache *loc1, CsLocCache *loc2);
 DLXCOMN_API CS_BOOL comn__cmp_dtinfo(CS_DATEINFO *dt1, CS_DATEINFO *dt2);
 /* Drop all caches, or all message records, of the context's globals. */

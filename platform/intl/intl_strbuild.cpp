@@ -23,7 +23,7 @@ public:
                 return false;
             ++format;
             if (*format == 's')
-                texts_[count_] = va_arg(arguments, const char *);
+                texts_[count_] = text_or_empty(va_arg(arguments, const char *));
             else if (*format == 'd')
                 texts_[count_] = number(va_arg(arguments, int));
             else
@@ -38,6 +38,9 @@ public:
     std::string_view text(int parameter) const { return texts_[parameter - 1]; }
 
 private:
+    // A message is worth more without a parameter than not at all.
+    static std::string_view text_or_empty(const char *text) { return text != nullptr ? text : ""; }
+
     std::string_view number(int value) {
         char *const text = numbers_[count_];
         return {text, static_cast<std::size_t>(std::to_chars(text, text + NUMBER_SIZE, value).ptr - text)};

@@ -3,6 +3,7 @@
 // Each routine is a table of 256 partners, made at compile time from the high codes of com_fou_tables.h.
 
 #include "charset/com_fou_tables.h"
+#include "diag/check.h"
 
 #include <dlxcomn/charconv.h>
 
@@ -35,6 +36,12 @@ constexpr Partners ASCII_ONLY = partners(ASCII_END, ASCII_END, NO_HIGH_CODES);
 
 int translate(const Partners &map, const CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused) {
     const int count = std::min(slen, dlen);
+    COM_REQUIRE_PTR(sused, CS_XLATE_INVALID);
+    COM_REQUIRE_PTR(dused, CS_XLATE_INVALID);
+    if (count > 0) {
+        COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
+        COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
+    }
     int flags = dlen < slen ? CS_XLATE_FULL_DEST : 0;
     *sused = *dused = count;
     for (int i = 0; i < count; ++i) {
@@ -87,6 +94,10 @@ int com__fou_caseswap(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *suse
     (void)dest;
     const bool is_short = dlen < slen;
     const int limit = is_short ? slen : dlen;
+    COM_REQUIRE_PTR(sused, CS_XLATE_INVALID);
+    COM_REQUIRE_PTR(dused, CS_XLATE_INVALID);
+    if (limit > 0)
+        COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
     int count = 0;
     while (count < limit && src[count] != 0)
         ++count;

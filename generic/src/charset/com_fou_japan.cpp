@@ -3,6 +3,8 @@
 // A character keeps its count of bytes, so source and destination move in step; the routines differ in how a leading
 // byte is classed and in what becomes of a good pair.
 
+#include "diag/check.h"
+
 #include <dlxcomn/charconv.h>
 
 #include <algorithm>
@@ -75,6 +77,12 @@ bool sjis_to_euc(Pair &pair) {
 template <Character (*class_of)(CS_BYTE), bool (*convert)(Pair &)>
 int translate(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused) {
     const int count = std::min(slen, dlen);
+    COM_REQUIRE_PTR(sused, CS_XLATE_INVALID);
+    COM_REQUIRE_PTR(dused, CS_XLATE_INVALID);
+    if (count > 0) {
+        COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
+        COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
+    }
     int flags = dlen < slen ? CS_XLATE_FULL_DEST : 0;
     int left = count;
     const auto substitute = [&](int bytes) {

@@ -1,40 +1,27 @@
 // UTF-8 and UTF-16, from one to the other.
 //
 // Both decoders are lenient in what callers have always been able to send (overlong forms, lone surrogates) and stop
-// in front of what they refuse. Long stretches of ASCII are moved many units at a time.
+// in front of what they refuse. The loops here take any text, a character at a time, and say why they stop; in front
+// of them what is common is moved in blocks.
 
 #include "bytes/memory.h"
+#include "charset/utf_blocks.h"
+#include "diag/check.h"
 
 #include <dlxcomn/charconv.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 namespace dlx {
 namespace {
 
-using Unit = std::uint16_t;
-constexpr int UNIT = sizeof(Unit);
-constexpr std::uint32_t LAST_OF_PLANE = 0xFFFF;
-constexpr std::uint32_t LAST_CODE_POINT = 0x10FFFF;
+using namespace utf;
+
+constexpr std::uint32_t LAST_OF_PLANE = FIRST_OF_PAIR - 1;
 constexpr std::uint32_t FIRST_PRIVATE_USE = 0xE000;
-constexpr std::uint32_t LAST_VALID_UNIT = 0xFFFD;
-constexpr std::uint32_t HIGH_SURROGATE = 0xD800;
-constexpr std::uint32_t LOW_SURROGATE = 0xDC00;
-constexpr std::uint32_t LAST_HIGH_SURROGATE = 0xDBFF;
-constexpr int STRIDE = 16; // characters of ASCII looked at together
-
-// A conversion under way: what is left of the source and of the room.
-struct Progress {
-    const CS_BYTE *src;
-    const CS_BYTE *src_end;
-    CS_BYTE *dest;
-    CS_BYTE *dest_end;
-    int flags = 0;
-
-    std::ptrdiff_t left() const { return src_end - src; }
-    std::ptrdiff_t room() const { return dest_end - dest; }
-};
+constexpr std::uint32_t LAST_HIGH_SURROGATE = LOW_SURROGATE - 1;
 
 // Fills the rest of the room and tells what was used.
 template <class Pad>
@@ -91,40 +78,6 @@ Decoded decode(const Progress &at, bool validity_check) {
     return {code_point, bytes};
 }
 
-// Moves ASCII while both sides have a stride of it.
-void widen_ascii(Progress &at) {
-    while (at.left() >= STRIDE && at.room() >= STRIDE * UNIT) {
-        if (((load<std::uint64_t>(at.src) | load<std::uint64_t>(at.src + 8)) & 0x8080808080808080) != 0)
-            return;
-        Unit units[STRIDE];
-        for (int i = 0; i < STRIDE; ++i)
-            units[i] = at.src[i];
-        store(at.dest, units);
-        at.src += STRIDE;
-        at.dest += STRIDE * UNIT;
-    }
-}
-
-void narrow_ascii(Progress &at) {
-    while (at.left() >= STRIDE * UNIT && at.room() >= STRIDE) {
-        struct Stride {
-            Unit units[STRIDE];
-        };
-        const Stride stride = load<Stride>(at.src);
-        Unit seen = 0;
-        CS_BYTE bytes[STRIDE];
-        for (int i = 0; i < STRIDE; ++i) {
-            seen |= stride.units[i];
-            bytes[i] = static_cast<CS_BYTE>(stride.units[i]);
-        }
-        if (seen >= 0x80)
-            return;
-        store(at.dest, bytes);
-        at.src += STRIDE * UNIT;
-        at.dest += STRIDE;
-    }
-}
-
 // Writes one code point in as many bytes as it takes; false if the room is too small.
 bool put_utf8(Progress &at, std::uint32_t code_point, int bytes) {
     if (at.room() < bytes)
@@ -146,13 +99,19 @@ using namespace dlx;
 
 int com__fou_utf8_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused, CS_VOID *padbytes,
                            CS_BOOL validity_check) {
+    if (slen > 0)
+        COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
+    if (dlen > 0)
+        COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
     Progress at = {src, src + slen, dest, dest + dlen};
     while (at.left() > 0) {
         if (*at.src < 0x80) {
-            widen_ascii(at);
+            move_ascii<ToUtf16>(at);
             if (at.left() <= 0)
                 break;
         }
+        if (convert_block<ToUtf16>(at, validity_check))
+            continue;
         const Decoded next = decode(at, validity_check);
         if (next.bytes == 0) {
             at.flags = CS_XLATE_INVALID;
@@ -164,9 +123,7 @@ int com__fou_utf8_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int 
             break;
         }
         if (is_pair) {
-            const std::uint32_t rest = next.code_point - (LAST_OF_PLANE + 1);
-            store(at.dest, static_cast<Unit>((rest >> 10 & 0x3FF) | HIGH_SURROGATE));
-            store(at.dest + UNIT, static_cast<Unit>((rest & 0x3FF) | LOW_SURROGATE));
+            store_pair(at.dest, next.code_point);
             at.dest += 2 * UNIT;
         } else {
             store(at.dest, static_cast<Unit>(next.code_point));
@@ -179,9 +136,14 @@ int com__fou_utf8_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int 
 
 int com__fou_utf16_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused,
                             CS_VOID *padbytes) {
+    if (slen > 0)
+        COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
+    if (dlen > 0)
+        COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
     Progress at = {src, src + slen, dest, dest + dlen};
     const std::ptrdiff_t units = std::max<std::ptrdiff_t>(0, std::min(at.left(), at.room()) / UNIT);
-    std::memmove(at.dest, at.src, static_cast<std::size_t>(units * UNIT));
+    if (units > 0)
+        std::memmove(at.dest, at.src, static_cast<std::size_t>(units * UNIT));
     at.src += units * UNIT;
     at.dest += units * UNIT;
     if (at.left() >= UNIT)
@@ -193,19 +155,24 @@ int com__fou_utf16_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int
 
 int com__fou_utf16_to_utf8(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused, CS_VOID *padbytes,
                            CS_BOOL validity_check) {
+    if (slen > 0)
+        COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
+    if (dlen > 0)
+        COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
     Progress at = {src, src + slen, dest, dest + dlen};
     while (at.left() > 0) {
         if (at.left() == 1) {
             at.flags = CS_XLATE_INVALID;
             break;
         }
-        std::uint32_t code_point = load<Unit>(at.src);
-        if (code_point < 0x80) {
-            narrow_ascii(at);
+        if (load<Unit>(at.src) < 0x80) {
+            move_ascii<ToUtf8>(at);
             if (at.left() < UNIT)
                 continue;
-            code_point = load<Unit>(at.src);
         }
+        if (convert_block<ToUtf8>(at, validity_check))
+            continue;
+        std::uint32_t code_point = load<Unit>(at.src);
         int units = 1;
         if (code_point >= FIRST_PRIVATE_USE) {
             if (validity_check && code_point > LAST_VALID_UNIT) {

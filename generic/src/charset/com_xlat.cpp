@@ -54,6 +54,8 @@ Route find_route(CS_CONTEXT *context, CS_DATAFMT *srcfmt, CS_DATAFMT *destfmt) {
         return {true, {0, CS_XLATE_COPY, nullptr}};
     COM_REQUIRE_PTR(from_cache->locchardesc, BROKEN);
     COM_REQUIRE_PTR(to_cache->locchardesc, BROKEN);
+    COM_REQUIRE_PTR(from_cache->locchardesc->char_attrib, BROKEN);
+    COM_REQUIRE_PTR(to_cache->locchardesc->char_attrib, BROKEN);
     const CS_BYTE from_id = from_cache->locchardesc->char_attrib->cs_id;
     const CS_BYTE to_id = to_cache->locchardesc->char_attrib->cs_id;
     if (from_id == to_id)

@@ -44,7 +44,10 @@ public:
     void step_back() { --at_; }
     // Nothing but blanks is left, whatever weight a blank has.
     bool is_blank() const {
-        return std::all_of(at_, end_, [](char c) { return c == BLANK; });
+        const char *at = at_;
+        while (at < end_ && *at == BLANK)
+            ++at;
+        return at >= end_; // a text of negative length is behind its end at once
     }
 
 private:
@@ -80,6 +83,10 @@ int first_difference(const SO_1CLASS *so, const char *str1, int len1, const char
 using namespace dlx;
 
 void com__smel_lsc(SMEL *smels, int smel_1st, char **raw_cur, char *raw_end, LSC *lsc, LSC *hold) {
+    COM_REQUIRE_PTR(smels);
+    COM_REQUIRE_PTR(raw_cur);
+    COM_REQUIRE_PTR(lsc);
+    COM_REQUIRE_PTR(hold);
     *lsc = *hold = NO_WEIGHT;
     for (int at = smel_1st;; at = smels[at].next_smel) {
         COM_REQUIRE(at != SMEL_END); // the loader ends each chain with an element that matches
@@ -107,6 +114,7 @@ void com__smel_lsc(SMEL *smels, int smel_1st, char **raw_cur, char *raw_end, LSC
 }
 
 int com__ps_dl_sqlhilo(SO_1CLASS *so, char *str1, int len1, char *str2, int len2) {
+    COM_REQUIRE_PTR(so, 0);
     const int start = first_difference(so, str1, len1, str2, len2);
     Weights first(so, str1 + start, str1 + len1);
     Weights second(so, str2 + start, str2 + len2);
@@ -127,6 +135,7 @@ int com__ps_dl_sqlhilo(SO_1CLASS *so, char *str1, int len1, char *str2, int len2
 }
 
 int com__spec_tord(SO_1CLASS *so, char *str1, int len1, char *str2, int len2) {
+    COM_REQUIRE_PTR(so, 0);
     const int start = first_difference(so, str1, len1, str2, len2);
     Weights first(so, str1 + start, str1 + len1);
     Weights second(so, str2 + start, str2 + len2);

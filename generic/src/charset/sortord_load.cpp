@@ -350,16 +350,17 @@ CS_RETCODE add_value(SO_1CLASS &so, Bytes value, const LIGSTRUCT *ligs, int nlig
     // Looked at once: all items of the value are as wide as the first.
     const bool is_double = value.behind() != 0 && value.behind() != BLANK && value.behind() != JOIN;
     int step = 1;
-    do {
+    for (;;) {
         if (at.t >= 2 && preference)
             so.stat1 = static_cast<CS_BYTE>((so.stat1 & ~(SO_PRIMARY | SO_SECONDARY)) | SO_TERTIARY);
-        if (at.t >= 2)
-            so.stat1 |= SO_EQUAL;
         const CS_RETCODE status = add_item(so, value, is_double, ligs, nligs, at, step, next_char);
         if (status != CS_SUCCEED)
             return status;
         ++at.t;
-    } while (value.take_if(JOIN));
+        if (!value.take_if(JOIN))
+            break;
+        so.stat1 |= SO_EQUAL;
+    }
     at.s += step; // leaves room for the ligatures behind the letters
     at.t = 1;
     return value.is_at_end() || value.here() == BLANK ? CS_SUCCEED : CS_FAIL;
@@ -562,7 +563,12 @@ CS_RETCODE load_order(CS_CONTEXT *context, CsSortDesc &order, const CsLocCache &
     INTL_LOCFILE ifile;
     const CS_RETCODE status = com__open_charfile(context, lcache.charname, lcache.sortname,
                                                  const_cast<CS_CHAR *>(EXTENSION), &ifile, locfilename, filenamelen);
-    return status == CS_SUCCEED ? close_file(context, &ifile, read_order(context, order, &ifile)) : status;
+    if (status != CS_SUCCEED)
+        return status;
+    const CS_RETCODE read = close_file(context, &ifile, read_order(context, order, &ifile));
+    if (read == CS_SUCCEED)
+        context->ctxintlerr = INTL_OK; // of an earlier failure nothing is left
+    return read;
 }
 
 } // namespace

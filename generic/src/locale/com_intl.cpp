@@ -321,8 +321,12 @@ CS_RETCODE load_derived(const Loader &load, CsLocCache *old, const Item &item, C
                         CS_INT namelen) {
     CsLocCache &cache = *load.cache;
     CS_RETCODE status = comn__copy_loccache(old, &cache);
-    if (status == CS_SUCCEED)
+    if (status == CS_SUCCEED) {
+        // Not replaced in place: com_setstring would lose the old name where memory is short.
+        std::free(cache.*item.name);
+        cache.*item.name = nullptr;
         status = com_setstring(&(cache.*item.name), &(cache.*item.length), name, namelen);
+    }
     if (status == CS_SUCCEED)
         status = (load.*item.load)(oid);
     if (status == CS_SUCCEED && cache.locdateinfo == nullptr)

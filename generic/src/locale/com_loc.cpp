@@ -4,6 +4,7 @@
 #include "locale/locale_lock.h"
 
 #include <dlxcomn/locale.h>
+#include <dlxcomn/services.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -155,7 +156,9 @@ CS_RETCODE comn_loc_drop_all(CsContext *context) {
         return COM_TRACE(lock.status());
     for (CS_LOCALE *locale = context->ctxglobals->cmg_locale; locale != nullptr;) {
         CS_LOCALE *const next = locale->next;
-        *locale = {};
+        if (context->ctxdeflocale == locale)
+            context->ctxdeflocale = nullptr; // it goes here, and not once more below
+        com_secure_memset(locale, 0, sizeof *locale); // who uses it still finds no caches; plain stores would go
         std::free(locale);
         locale = next;
     }

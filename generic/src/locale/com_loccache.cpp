@@ -5,6 +5,7 @@
 #include <dlxcomn/locale.h>
 #include <dlxcomn/message.h>
 #include <dlxcomn/services.h>
+#include <dlxcomn/sortorder.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -33,6 +34,20 @@ bool is_same_dateinfo(CS_DATEINFO *info1, CS_DATEINFO *info2) {
     if (info1 == nullptr || info2 == nullptr)
         return info1 == info2;
     return comn__cmp_dtinfo(info1, info2);
+}
+
+// Descriptors are alike that stand for one identifier.
+bool is_same_set(const CsCharDesc *set1, const CsCharDesc *set2) {
+    return set1 == set2 || (set1 != nullptr && set2 != nullptr && set1->oid == set2->oid);
+}
+
+bool is_same_order(const CsSortDesc *order1, const CsSortDesc *order2) {
+    return order1 == order2 || (order1 != nullptr && order2 != nullptr && order1->oid == order2->oid);
+}
+
+bool is_same_message(const CS_MESSAGE *message1, const CS_MESSAGE *message2) {
+    return message1 == message2 ||
+           (message1 != nullptr && message2 != nullptr && message1->lang_oid == message2->lang_oid);
 }
 
 // A name may be missing.
@@ -113,11 +128,13 @@ CS_BOOL comn__cmp_loccache(CsLocCache *loc1, CsLocCache *loc2) {
     COM_REQUIRE_PTR(loc2, CS_FALSE);
     const CsLocCache &a = *loc1;
     const CsLocCache &b = *loc2;
-    // Each descriptor stands for one identifier, so the pointers tell.
     return is_same_text(a.locname, a.locnamelen, b.locname, b.locnamelen) &&
-           is_same_text(a.charname, a.charnamelen, b.charname, b.charnamelen) && a.locchardesc == b.locchardesc &&
-           is_same_text(a.sortname, a.sortnamelen, b.sortname, b.sortnamelen) && a.locsortorder == b.locsortorder &&
-           is_same_text(a.langname, a.langnamelen, b.langname, b.langnamelen) && a.locmessage == b.locmessage &&
+           is_same_text(a.charname, a.charnamelen, b.charname, b.charnamelen) &&
+           is_same_set(a.locchardesc, b.locchardesc) &&
+           is_same_text(a.sortname, a.sortnamelen, b.sortname, b.sortnamelen) &&
+           is_same_order(a.locsortorder, b.locsortorder) &&
+           is_same_text(a.langname, a.langnamelen, b.langname, b.langnamelen) &&
+           is_same_message(a.locmessage, b.locmessage) &&
            is_same_text(a.datename, a.datenamelen, b.datename, b.datenamelen) &&
            is_same_dateinfo(a.locdateinfo, b.locdateinfo) &&
            is_same_text(a.numname, a.numnamelen, b.numname, b.numnamelen) && a.locnuminfo == b.locnuminfo &&

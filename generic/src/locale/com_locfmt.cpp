@@ -152,7 +152,7 @@ CS_RETCODE comn__read_grp(INTL_LOCFILE *ifile, CHAR_ATTRIB *charattrib, CS_INT *
     if (numbers.count() == 0)
         return CS_SUCCEED;
     // A list that begins with a size needs a second number, and then cannot meet this: only -1 alone can.
-    const CS_INT sum = numbers.first() + numbers.count();
+    const CS_BIGINT sum = CS_BIGINT{numbers.first()} + numbers.count();
     if (sum != 0 && sum != 1)
         return COM_TRACE(CS_FAIL);
     *cntptr = numbers.count();

@@ -5,8 +5,6 @@
 
 #include <dlxcomn/locale.h>
 
-#include <algorithm>
-
 namespace dlx {
 namespace {
 
@@ -215,17 +213,6 @@ constexpr char RULE[] = "=======================================================
 constexpr char CLASS_RULE[] = "  ------------------------------------------------------------------\n";
 static_assert(sizeof RULE == 68 + 2 && sizeof CLASS_RULE == 2 + 66 + 2);
 
-// A counted text with a NUL behind it. Longer texts than a line of a file are cut.
-struct Terminated {
-    CS_CHAR text[1024];
-
-    Terminated(const CS_CHAR *from, CS_INT len) {
-        const std::size_t length = static_cast<std::size_t>(std::clamp<CS_INT>(len, 0, sizeof text - 1));
-        std::memcpy(text, from, length);
-        text[length] = '\0';
-    }
-};
-
 void print_heading(const char *heading) {
     comn_debug_print(RULE);
     comn_debug_print("%s\n", heading);
@@ -246,7 +233,7 @@ void comn_dbg_print_oid(CS_CONTEXT *context, CsOID *oid) {
         comn_debug_print("OID: \tNULL");
         return;
     }
-    comn_debug_print("OID: \t%s (%d)\n", Terminated(oid->oidstring, oid->oidnamelen).text, oid->oidnamelen);
+    comn_debug_print("OID: \t%.*s (%d)\n", oid->oidnamelen, oid->oidstring, oid->oidnamelen);
     comn_debug_print("\t\tglobal id:");
     for (CS_INT i = 0; i < oid->oidberlen; ++i)
         comn_debug_print(" 0x%x", oid->oidber[i]);
@@ -254,7 +241,7 @@ void comn_dbg_print_oid(CS_CONTEXT *context, CsOID *oid) {
     comn_debug_print("\t\tnumber of local names: %d\n", oid->oidnumlnames);
     comn_debug_print("\t\tlocal names\n");
     for (const CS_STRING_LIST *name = oid->oidlnames; name != nullptr; name = name->next)
-        comn_debug_print("\t\t\t%s (%d)\n", Terminated(name->string, name->len).text, name->len);
+        comn_debug_print("\t\t\t%.*s (%d)\n", name->len, name->string, name->len);
 }
 
 void comn_dbg_print_oidtable(CS_CONTEXT *context, CS_OID_TABLE *oidtable) {
