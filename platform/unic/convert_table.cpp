@@ -67,18 +67,19 @@ Code code_of_linear(const Table &table, const std::uint8_t *p, std::size_t left)
 }
 
 std::uint32_t linear_code(const Table &table, char32_t character) {
-    const LinearRange *end = table.ranges + table.range_count;
+    const LinearRange *end = table.origins + table.origin_count;
     const LinearRange *range = std::upper_bound(
-        table.ranges, end, character, [](char32_t value, const LinearRange &one) { return value < one.character; });
-    if (range == table.ranges || character - range[-1].character >= range[-1].count)
+        table.origins, end, character, [](char32_t value, const LinearRange &one) { return value < one.character; });
+    if (range == table.origins || character - range[-1].character >= range[-1].count)
         return 0;
     const std::uint32_t linear = range[-1].linear + (character - range[-1].character);
     return (0x81 + linear / 12600) << 24 | (0x30 + linear / 1260 % 10) << 16 | (0x81 + linear / 10 % 126) << 8 |
            (0x30 + linear % 10);
 }
 
-// A byte that does not continue a code is no part of it: what it begins is read next.
-Code code_at(const Table &table, const Entry *root, const std::uint8_t *p, std::size_t left) {
+// What a malformed code leaves: a byte that does not continue it is no part of it, and what it begins is read next. Nor
+// is an ASCII character part of a code that is none: no damage makes a quote or a bracket disappear.
+Code code_from(const Table &table, const Entry *root, const std::uint8_t *p, std::size_t left) {
     const Entry *entry = root + p[0];
     for (std::size_t length = 1;; ++length) {
         if (entry->kind == ENTRY_CHARACTER)
@@ -105,6 +106,14 @@ Code code_at(const Table &table, const Entry *root, const std::uint8_t *p, std::
         }
         entry = table.entries + at;
     }
+}
+
+template <bool SHIFT>
+Code code_at(const Table &table, const Entry *root, const std::uint8_t *p, std::size_t left) {
+    Code code = code_from(table, root, p, left);
+    if (!SHIFT && code.character == REPLACEMENT && code.length == 2 && p[1] < 0x80)
+        code.length = 1;
+    return code;
 }
 
 constexpr int units_of(char32_t character) { return character == 0 ? 0 : character < 0x10000 ? 1 : 2; }
@@ -148,12 +157,17 @@ int decode_codes(const CharacterSet &set, UNICHAR *buffer, std::size_t room, con
         const Entry entry = root[*p];
         if (entry.kind == ENTRY_LEAF16 && end - p >= 2 && p[1] >= entry.low && p[1] <= entry.high) {
             const std::uint16_t unit = table.leaf16[entry.value + (p[1] - entry.low)];
-            ending.substituted |= unit == REPLACEMENT;
-            *out++ = unit;
-            p += 2;
+            if (unit != REPLACEMENT) {
+                *out++ = unit;
+                p += 2;
+                continue;
+            }
+        } else if (entry.kind == ENTRY_CHARACTER && entry.value < REPLACEMENT) {
+            *out++ = static_cast<UNICHAR>(entry.value);
+            ++p;
             continue;
         }
-        const Code code = code_at(table, root, p, static_cast<std::size_t>(end - p));
+        const Code code = code_at<SHIFT>(table, root, p, static_cast<std::size_t>(end - p));
         if (code.truncated) {
             ending.truncated = true;
             break;

@@ -16,6 +16,7 @@ namespace dlx::unic {
 namespace {
 
 constexpr std::uint32_t LAST_CHARACTER = 0x10FFFF;
+constexpr std::uint32_t LINEAR_CODES = 126 * 10 * 126 * 10;
 constexpr std::size_t CHECKSUM_OFFSET = offsetof(TableHeader, checksum);
 
 constexpr bool is_character(std::uint32_t value) { return value <= LAST_CHARACTER && (value & ~0x7FFu) != 0xD800; }
@@ -35,8 +36,8 @@ public:
 
     bool sections_lie_inside() const {
         const std::uint32_t widths[SECTIONS] = {sizeof(Entry),       sizeof(std::uint16_t), sizeof(std::uint32_t),
-                                                sizeof(Pair),        sizeof(LinearRange),   sizeof(std::uint16_t),
-                                                header_.code_width};
+                                                sizeof(Pair),        sizeof(LinearRange),   sizeof(LinearRange),
+                                                sizeof(std::uint16_t), header_.code_width};
         for (int i = 0; i < SECTIONS; ++i) {
             const SectionPlace place = header_.sections[i];
             const std::uint64_t end = place.offset + std::uint64_t{place.count} * widths[i];
@@ -130,16 +131,22 @@ private:
 
     bool ranges_are_sound() const {
         if (!has(TABLE_LINEAR))
-            return count(SECTION_RANGES) == 0;
-        const LinearRange *ranges = section<LinearRange>(SECTION_RANGES);
-        std::uint64_t linear_end = 0, character_end = 0;
-        for (std::uint32_t i = 0; i < count(SECTION_RANGES); ++i) {
-            if (ranges[i].count == 0 || ranges[i].linear < linear_end || ranges[i].character < character_end)
+            return count(SECTION_RANGES) == 0 && count(SECTION_ORIGINS) == 0;
+        return ranges_ascend(SECTION_RANGES, &LinearRange::linear) &&
+               ranges_ascend(SECTION_ORIGINS, &LinearRange::character);
+    }
+
+    bool ranges_ascend(Section which, std::uint32_t LinearRange::*key) const {
+        const LinearRange *ranges = section<LinearRange>(which);
+        std::uint64_t end = 0;
+        for (std::uint32_t i = 0; i < count(which); ++i) {
+            const LinearRange &range = ranges[i];
+            if (range.count == 0 || range.*key < end || std::uint64_t{range.linear} + range.count > LINEAR_CODES ||
+                std::uint64_t{range.character} + range.count > LAST_CHARACTER + 1)
                 return false;
-            linear_end = std::uint64_t{ranges[i].linear} + ranges[i].count;
-            character_end = std::uint64_t{ranges[i].character} + ranges[i].count;
+            end = std::uint64_t{range.*key} + range.count;
         }
-        return linear_end <= 126u * 10 * 126 * 10 && character_end <= LAST_CHARACTER + 1;
+        return true;
     }
 
     bool blocks_are_sound() const {
@@ -190,6 +197,8 @@ bool validate_table(const void *file, std::size_t size, int number, Table *table
     table->pair_count = file_of.count(SECTION_PAIRS);
     table->ranges = file_of.section<LinearRange>(SECTION_RANGES);
     table->range_count = file_of.count(SECTION_RANGES);
+    table->origins = file_of.section<LinearRange>(SECTION_ORIGINS);
+    table->origin_count = file_of.count(SECTION_ORIGINS);
     table->index = file_of.section<std::uint16_t>(SECTION_INDEX);
     table->index_count = file_of.count(SECTION_INDEX);
     table->blocks = file_of.section<unsigned char>(SECTION_BLOCKS);

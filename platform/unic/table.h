@@ -30,7 +30,8 @@ enum Section {
     SECTION_LEAF16,  // uint16_t: a character; U+FFFD: none
     SECTION_LEAF32,  // uint32_t: a character, U+FFFD: none, or PAIR_BIT and the number of a pair
     SECTION_PAIRS,   // Pair: a code that stands for two characters
-    SECTION_RANGES,  // LinearRange, ascending in both
+    SECTION_RANGES,  // LinearRange, ascending in the linear number
+    SECTION_ORIGINS, // LinearRange, ascending in the character
     SECTION_INDEX,   // uint16_t: the block of 64 code points; at least the 1024 of the basic plane
     SECTION_BLOCKS,  // codes of 1, 2 or 4 bytes each, 64 a block; the block 0 is empty
     SECTIONS
@@ -62,6 +63,7 @@ struct Pair {
     std::uint32_t code;
 };
 
+// A run of codes of four bytes. Their linear number counts 10 digits, 126 bytes from 0x81, 10 digits and 126 bytes.
 struct LinearRange {
     std::uint32_t linear;
     std::uint32_t character;
@@ -90,7 +92,7 @@ struct TableHeader {
     std::uint32_t zero;
     SectionPlace sections[SECTIONS];
 };
-static_assert(sizeof(TableHeader) == 112 && sizeof(Entry) == 8 && sizeof(Pair) == 12 && sizeof(LinearRange) == 12);
+static_assert(sizeof(TableHeader) == 120 && sizeof(Entry) == 8 && sizeof(Pair) == 12 && sizeof(LinearRange) == 12);
 
 std::uint64_t table_checksum(const void *file, std::size_t size);
 
@@ -105,6 +107,8 @@ struct Table {
     std::uint32_t pair_count;
     const LinearRange *ranges;
     std::uint32_t range_count;
+    const LinearRange *origins;
+    std::uint32_t origin_count;
     const std::uint16_t *index;
     std::uint32_t index_count;
     union {
