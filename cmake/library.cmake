@@ -6,7 +6,7 @@ add_library(dlxcomn::dlxcomn ALIAS dlxcomn)
 target_include_directories(dlxcomn
     PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
     PRIVATE generic/src)
-target_link_libraries(dlxcomn PRIVATE product_options dlxintl)
+target_link_libraries(dlxcomn PRIVATE product_options dlxintl dlxunic)
 set_target_properties(dlxcomn PROPERTIES OUTPUT_NAME dlxcomn_r64 VERSION ${PROJECT_VERSION} SOVERSION 1)
 
 # A report names a source as generic/src/<stem>.cpp, without its room: stems are unique, and callers' tools
