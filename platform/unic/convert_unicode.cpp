@@ -239,8 +239,8 @@ int encode_utf16(const CharacterSet &, const Substitutes &, char *buffer, std::s
     for (std::size_t i = 0; i < n; ++i) {
         UNICHAR unit = source[i];
         if (is_surrogate(unit)) {
-            const bool paired = is_high_surrogate(unit) ? is_low_surrogate(source[i + 1])
-                                                        : i > 0 && is_high_surrogate(source[i - 1]);
+            const bool paired =
+                is_high_surrogate(unit) ? is_low_surrogate(source[i + 1]) : i > 0 && is_high_surrogate(source[i - 1]);
             ending.substituted |= !paired;
             unit = paired ? unit : static_cast<UNICHAR>(REPLACEMENT);
         }

@@ -1,7 +1,8 @@
 // The standard compression scheme for Unicode (Unicode Technical Standard 6). The decoder takes every form that the
-// scheme has; as it is not told the length of its text, one that ends inside a tag may be read as one that quotes zeros,
-// but never past the three zeros behind it. The encoder keeps to few of them: it moves between the windows that it finds, redefines one where two
-// characters in a row ask for it, and writes in whole units where characters have no window.
+// scheme has; as it is not told the length of its text, one that ends inside a tag may be read as one that quotes
+// zeros, but never past the three zeros behind it. The encoder keeps to few of them: it moves between the windows that
+// it finds, redefines one where two characters in a row ask for it, and writes in whole units where characters have no
+// window.
 #include "sets.h"
 #include "text.h"
 
@@ -12,7 +13,8 @@ namespace dlx::unic {
 namespace {
 
 enum Tag : std::uint8_t {
-    // Of the state of single bytes; 0x01 to 0x08 quote from a window, 0x10 to 0x17 change to one, 0x18 to 0x1F define it.
+    // Of the state of single bytes; 0x01 to 0x08 quote from a window, 0x10 to 0x17 change to one, 0x18 to 0x1F define
+    // it.
     SQ0 = 0x01,
     SDX = 0x0B,
     SQU = 0x0E,
@@ -311,9 +313,7 @@ private:
     }
     static bool has_bytes(char32_t c) { return c < 0x80 || definition_for(c) != 0; }
 
-    Piece piece_for(char32_t c, char32_t next) {
-        return units_ ? piece_of_units(c, next) : piece_of_bytes(c, next);
-    }
+    Piece piece_for(char32_t c, char32_t next) { return units_ ? piece_of_units(c, next) : piece_of_bytes(c, next); }
 
     Piece piece_of_bytes(char32_t c, char32_t next) {
         Piece piece;

@@ -238,8 +238,10 @@ TEST_F(UnicFiles, EveryFieldOfTheHeaderIsChecked) {
             std::string changed = whole;
             Header header = header_of(changed);
             const auto place = header.sections[section];
-            for (const auto &[offset, count] : {std::pair{place.offset + 2, place.count}, {0u, place.count},
-                                                {place.offset, 0xFFFFFFFFu}, {0xFFFFFFFCu, place.count},
+            for (const auto &[offset, count] : {std::pair{place.offset + 2, place.count},
+                                                {0u, place.count},
+                                                {place.offset, 0xFFFFFFFFu},
+                                                {0xFFFFFFFCu, place.count},
                                                 {static_cast<std::uint32_t>(whole.size() + 4), place.count}}) {
                 header.sections[section] = {offset, count};
                 std::memcpy(changed.data(), &header, sizeof header);
@@ -263,8 +265,8 @@ TEST_F(UnicFiles, SoundChecksumsOverWrongContentsNeverLeadOutOfTheFile) {
             for (int changes = 1 + static_cast<int>(random() % 40); changes-- > 0;) {
                 // Entries, pairs, ranges and the index are where a wrong number could lead astray.
                 static constexpr dlx::unic::Section AIMS[] = {dlx::unic::SECTION_ENTRIES, dlx::unic::SECTION_LEAF32,
-                                                              dlx::unic::SECTION_PAIRS, dlx::unic::SECTION_RANGES,
-                                                              dlx::unic::SECTION_INDEX, dlx::unic::SECTION_BLOCKS};
+                                                              dlx::unic::SECTION_PAIRS,   dlx::unic::SECTION_RANGES,
+                                                              dlx::unic::SECTION_INDEX,   dlx::unic::SECTION_BLOCKS};
                 const auto &aim = header.sections[AIMS[random() % std::size(AIMS)]];
                 const size_t at = i % 3 == 0 ? 16 + random() % (sizeof(Header) - 16)
                                              : aim.offset + random() % (std::size_t{aim.count} * 2 + 1);

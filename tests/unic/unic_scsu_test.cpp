@@ -61,11 +61,13 @@ TEST(UnicCompression, ExamplesOfTheStandard) {
     EXPECT_EQ(scheme.to(u"\u00D6l flie\u00DFt").text, from_hexadecimal("D6 6C 20 66 6C 69 65 DF 74"));
     EXPECT_EQ(scheme.to(u"\u041C\u043E\u0441\u043A\u0432\u0430").text, from_hexadecimal("12 9C BE C1 BA B2 B0"));
     // All features: quoted and locking windows, definitions, both states, surrogate pairs and extended windows.
-    const ToUnits told = scheme.from(from_hexadecimal("41 DF 12 81 03 5F 10 DF 1B 03 DF 1C 88 80 0B BF FF FF 0D 0A 41 0B "
-                                                      "BF FF FF"));
+    const ToUnits told =
+        scheme.from(from_hexadecimal("41 DF 12 81 03 5F 10 DF 1B 03 DF 1C 88 80 0B BF FF FF 0D 0A 41 0B "
+                                     "BF FF FF"));
     EXPECT_EQ(told.status, UNI_OK);
-    EXPECT_EQ(told.text, Icu().units(from_hexadecimal("41 DF 12 81 03 5F 10 DF 1B 03 DF 1C 88 80 0B BF FF FF 0D 0A 41 0B "
-                                                      "BF FF FF")));
+    EXPECT_EQ(told.text,
+              Icu().units(from_hexadecimal("41 DF 12 81 03 5F 10 DF 1B 03 DF 1C 88 80 0B BF FF FF 0D 0A 41 0B "
+                                           "BF FF FF")));
 }
 
 TEST(UnicCompression, EveryTagOfTheStateOfBytes) {
@@ -76,19 +78,20 @@ TEST(UnicCompression, EveryTagOfTheStateOfBytes) {
         const std::string quote(1, static_cast<char>(1 + window));
         const std::string change(1, static_cast<char>(0x10 + window));
         const std::string define(1, static_cast<char>(0x18 + window));
-        EXPECT_EQ(scheme.from(quote + "\x41\x90").text,
-                  Units({static_cast<char16_t>(FIXED[window] + 0x41), 0x90})) << window;
-        EXPECT_EQ(scheme.from(quote + "\x91\x90").text,
-                  Units({static_cast<char16_t>(MOVING[window] + 0x11), 0x90})) << window;
-        EXPECT_EQ(scheme.from(change + "\x91z\x92").text,
-                  Units({static_cast<char16_t>(MOVING[window] + 0x11), u'z',
-                         static_cast<char16_t>(MOVING[window] + 0x12)})) << window;
+        EXPECT_EQ(scheme.from(quote + "\x41\x90").text, Units({static_cast<char16_t>(FIXED[window] + 0x41), 0x90}))
+            << window;
+        EXPECT_EQ(scheme.from(quote + "\x91\x90").text, Units({static_cast<char16_t>(MOVING[window] + 0x11), 0x90}))
+            << window;
+        EXPECT_EQ(scheme.from(change + "\x91z\x92").text, Units({static_cast<char16_t>(MOVING[window] + 0x11), u'z',
+                                                                 static_cast<char16_t>(MOVING[window] + 0x12)}))
+            << window;
         EXPECT_EQ(scheme.from(define + "\x20\x91").text, Units({0x1011})) << window;
         EXPECT_EQ(scheme.from(define + "\x68\x91").text, Units({0xE011})) << window;
         EXPECT_EQ(scheme.from(define + "\xFF\x91").text, Units({0xFF71})) << window;
         const auto extended = static_cast<char>(window << 5 | 0x01);
         EXPECT_EQ(scheme.from(std::string("\x0B") + extended + "\x02\x81").text,
-                  support::units_of({0x10000 + (0x102 << 7) + 1})) << window;
+                  support::units_of({0x10000 + (0x102 << 7) + 1}))
+            << window;
     }
     EXPECT_EQ(scheme.from(from_hexadecimal("0E D8 3D 0E DE 01 7A")).text, u"\U0001F601z");
     EXPECT_EQ(scheme.from("\x09\x0A\x0D").text, u"\t\n\r");
@@ -109,7 +112,16 @@ TEST(UnicCompression, EveryTagOfTheStateOfUnits) {
 
 TEST(UnicCompression, ReservedTagsAndHalvesOfPairsAreReplaced) {
     const Handle scheme(COMPRESSION);
-    for (const char *text : {"a\x0C" "b", "a\x18\xA8" "b", "a\x1F\xF8" "b", "a\x0E\xDC\x01" "b", "a\x0E\xD8\x01" "b"}) {
+    for (const char *text : {"a\x0C"
+                             "b",
+                             "a\x18\xA8"
+                             "b",
+                             "a\x1F\xF8"
+                             "b",
+                             "a\x0E\xDC\x01"
+                             "b",
+                             "a\x0E\xD8\x01"
+                             "b"}) {
         EXPECT_EQ(scheme.from(text).text, u"a\uFFFDb") << testing::PrintToString(text);
         EXPECT_EQ(scheme.from(text).status, UNI_SUBSTITUTED) << testing::PrintToString(text);
     }
@@ -130,9 +142,9 @@ TEST(UnicCompression, TextThatEndsInsideATagIsTruncated) {
 Units random_text(std::mt19937_64 &random) {
     static constexpr struct {
         char32_t low, high;
-    } SCRIPTS[] = {{1, 0x7F},        {0x80, 0x17F},     {0x300, 0x36F},   {0x370, 0x52F},  {0x5D0, 0x6FF},
-                   {0x900, 0x97F},   {0x2000, 0x21FF},  {0x3000, 0x30FF}, {0x4E00, 0x9FFF}, {0xAC00, 0xD7A3},
-                   {0xE000, 0xF8FF}, {0xF900, 0xFFFF},  {0x10000, 0x103FF}, {0x1F300, 0x1F6FF}, {0x3400, 0x4DBF}};
+    } SCRIPTS[] = {{1, 0x7F},        {0x80, 0x17F},    {0x300, 0x36F},     {0x370, 0x52F},     {0x5D0, 0x6FF},
+                   {0x900, 0x97F},   {0x2000, 0x21FF}, {0x3000, 0x30FF},   {0x4E00, 0x9FFF},   {0xAC00, 0xD7A3},
+                   {0xE000, 0xF8FF}, {0xF900, 0xFFFF}, {0x10000, 0x103FF}, {0x1F300, 0x1F6FF}, {0x3400, 0x4DBF}};
     std::u32string text;
     const auto length = random() % 40;
     auto script = random() % std::size(SCRIPTS);
@@ -152,8 +164,8 @@ TEST(UnicCompression, RandomTextThereAndBackAndThroughAnotherDecoder) {
     int factor = 0;
     ASSERT_EQ(uniconv_GetExpansionFactor(scheme.get(), &factor), UNI_OK);
     for (int i = 0; i < 40000; ++i) {
-        const Units text = i % 4 == 0 ? support::units_of(support::random_characters(random, random() % 40))
-                                      : random_text(random);
+        const Units text =
+            i % 4 == 0 ? support::units_of(support::random_characters(random, random() % 40)) : random_text(random);
         const ToBytes packed = scheme.to(text, text.size() * static_cast<size_t>(factor));
         ASSERT_EQ(packed.status, UNI_OK) << testing::PrintToString(text);
         ASSERT_EQ(icu.units(packed.text), text) << testing::PrintToString(packed.text);
@@ -179,7 +191,8 @@ TEST(UnicCompression, RandomTextThereAndBackAndThroughAnotherDecoder) {
 
 TEST(UnicCompression, HalvesOfPairsAreReplacedOnTheWayThere) {
     const Handle scheme(COMPRESSION);
-    const ToBytes told = scheme.to(Units(u"a\xD800" u"b\xDC00"));
+    const ToBytes told = scheme.to(Units(u"a\xD800"
+                                         u"b\xDC00"));
     EXPECT_EQ(told.status, UNI_SUBSTITUTED);
     EXPECT_EQ(scheme.from(told.text).text, u"a\uFFFDb\uFFFD");
 }

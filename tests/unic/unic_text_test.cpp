@@ -19,13 +19,15 @@ constexpr UNICONV_CID CP1252 = 1252, CP1258 = 1258, SJIS = 50, EUC_JP = 49, EUC_
 using Pieces = std::vector<std::pair<Units, std::string>>;
 
 const Pieces PLAIN = {{u"\u20AC", "\x80"}, {u"a", "a"}, {u"\u00E9", "\xE9"}};
-const Pieces JAPANESE = {{u"a", "a"}, {u"\u65E5", "\x93\xFA"}, {u"\u672C", "\x96\x7B"}, {u"\uFF71", "\xB1"}, {u"~", "~"}};
-const Pieces JAPANESE_EUC = {{u"\u65E5", "\xC6\xFC"}, {u"\uFF71", "\x8E\xB1"}, {u"\u4E02", "\x8F\xB0\xA1"}, {u"z", "z"}};
+const Pieces JAPANESE = {
+    {u"a", "a"}, {u"\u65E5", "\x93\xFA"}, {u"\u672C", "\x96\x7B"}, {u"\uFF71", "\xB1"}, {u"~", "~"}};
+const Pieces JAPANESE_EUC = {
+    {u"\u65E5", "\xC6\xFC"}, {u"\uFF71", "\x8E\xB1"}, {u"\u4E02", "\x8F\xB0\xA1"}, {u"z", "z"}};
 const Pieces TAIWANESE = {{u"\u4E00", "\xC4\xA1"}, {u"\u4E42", "\x8E\xA2\xA1\xA1"}, {u"x", "x"}};
-const Pieces HONG_KONG = {{u"\u4E00", "\xA4\x40"}, {u"\u00CA\u0304", "\x88\x62"}, {u"\u00CA", "\x88\x66"},
-                          {u"\U000233F4", "\x8B\x40"}};
-const Pieces CHINESE = {{u"\u4E2D", "\xD6\xD0"}, {u"\u00DF", "\x81\x30\x89\x38"}, {u"\U0001F600", "\x94\x39\xFC\x36"},
-                        {u"1", "1"}};
+const Pieces HONG_KONG = {
+    {u"\u4E00", "\xA4\x40"}, {u"\u00CA\u0304", "\x88\x62"}, {u"\u00CA", "\x88\x66"}, {u"\U000233F4", "\x8B\x40"}};
+const Pieces CHINESE = {
+    {u"\u4E2D", "\xD6\xD0"}, {u"\u00DF", "\x81\x30\x89\x38"}, {u"\U0001F600", "\x94\x39\xFC\x36"}, {u"1", "1"}};
 
 struct Case {
     UNICONV_CID set;
@@ -120,7 +122,12 @@ TEST(UnicSubstitutes, BothStatusesWhereTheRestDoesNotFit) {
     EXPECT_EQ(handle.to(u"\uAC00abc", 3).status, UNI_NOROOM_SUBSTITUTED);
     EXPECT_EQ(handle.to(u"\uAC00abc", 3).text, "??a");
     EXPECT_EQ(handle.to(u"\uAC00abc", 1).status, UNI_NOROOM);
-    EXPECT_EQ(handle.from("\xFD" "abc", 2).status, UNI_NOROOM_SUBSTITUTED);
+    EXPECT_EQ(handle
+                  .from("\xFD"
+                        "abc",
+                        2)
+                  .status,
+              UNI_NOROOM_SUBSTITUTED);
 }
 
 // ---- Faults -------------------------------------------------------------------------------------------------------
@@ -129,7 +136,12 @@ TEST(UnicFaults, ABadByteBecomesTheReplacementCharacter) {
     EXPECT_EQ(Handle(CP1252).from("a\x81z").text, u"a\uFFFDz");
     EXPECT_EQ(Handle(CP1252).from("a\x81z").status, UNI_SUBSTITUTED);
     EXPECT_EQ(Handle(EUC_JP).from("a\xFFz").text, u"a\uFFFDz");
-    EXPECT_EQ(Handle(SJIS).from("\x81" "\x20z").text, u"\uFFFD z") << "what does not continue a code is read again";
+    EXPECT_EQ(Handle(SJIS)
+                  .from("\x81"
+                        "\x20z")
+                  .text,
+              u"\uFFFD z")
+        << "what does not continue a code is read again";
 }
 
 TEST(UnicFaults, AnAsciiCharacterIsNeverSwallowed) {
@@ -199,8 +211,8 @@ TEST(UnicShift, EveryRoomEndsInTheFirstState) {
         const ToBytes told = handle.to(u"A\u65E5\u672CB", room);
         EXPECT_EQ(told.text, expected[room]) << room;
         EXPECT_EQ(told.status, room == 8 ? UNI_OK : UNI_NOROOM) << room;
-        EXPECT_EQ(told.behind, std::string(told.behind.size(), told.status == UNI_OK ? '\x5A' : '\0')
-                                   .replace(0, 1, 1, '\0'))
+        EXPECT_EQ(told.behind,
+                  std::string(told.behind.size(), told.status == UNI_OK ? '\x5A' : '\0').replace(0, 1, 1, '\0'))
             << room;
     }
 }
@@ -243,8 +255,15 @@ TEST(UnicExpansionOfTables, Factors) {
         UNICONV_CID set;
         int factor;
     };
-    for (const Row &row : {Row{CP1252, 1}, {CP1258, 2}, {SJIS, 2}, {EUC_JP, 3}, {EUC_TW, 4}, {BIG5_HK, 2},
-                           {GB18030, 4}, {CP037, 1}, {CP930, 4}}) {
+    for (const Row &row : {Row{CP1252, 1},
+                           {CP1258, 2},
+                           {SJIS, 2},
+                           {EUC_JP, 3},
+                           {EUC_TW, 4},
+                           {BIG5_HK, 2},
+                           {GB18030, 4},
+                           {CP037, 1},
+                           {CP930, 4}}) {
         int told = 0;
         EXPECT_EQ(uniconv_GetExpansionFactor(Handle(row.set).get(), &told), UNI_OK);
         EXPECT_EQ(told, row.factor) << row.set;
@@ -256,8 +275,16 @@ TEST(UnicExpansionOfTables, BetweenSets) {
         UNICONV_CID from, to;
         int factor;
     };
-    for (const Row &row : {Row{1, -4, 2}, {CP1252, -4, 3}, {1, CP1252, 1}, {-4, 1, 1}, {CP1252, SJIS, 2}, {SJIS, -4, 3},
-                           {-4, SJIS, 1}, {SJIS, SJIS, 1}, {-4, GB18030, 2}, {-4, CP930, 2}}) {
+    for (const Row &row : {Row{1, -4, 2},
+                           {CP1252, -4, 3},
+                           {1, CP1252, 1},
+                           {-4, 1, 1},
+                           {CP1252, SJIS, 2},
+                           {SJIS, -4, 3},
+                           {-4, SJIS, 1},
+                           {SJIS, SJIS, 1},
+                           {-4, GB18030, 2},
+                           {-4, CP930, 2}}) {
         int told = 0;
         EXPECT_EQ(uniconv_GetExpansion(row.from, row.to, &told), UNI_OK);
         EXPECT_EQ(told, row.factor) << row.from << " to " << row.to;
