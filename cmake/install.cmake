@@ -2,10 +2,10 @@
 include(CMakePackageConfigHelpers)
 
 install(DIRECTORY include/dlxcomn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
-install(TARGETS dlxcomn dlxintl EXPORT dlxcomn-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS dlxcomn dlxintl dlxunic EXPORT dlxcomn-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY home/config home/locales home/charsets DESTINATION ${CMAKE_INSTALL_DATADIR}/dlxcomn/home)
 install(TARGETS dlxcomn_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-set_target_properties(dlxcomn dlxintl PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(dlxcomn dlxintl dlxunic PROPERTIES INSTALL_RPATH "$ORIGIN")
 file(RELATIVE_PATH BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(dlxcomn_command PROPERTIES INSTALL_RPATH "$ORIGIN/${BIN_TO_LIB}")
 

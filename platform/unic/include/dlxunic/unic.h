@@ -7,7 +7,10 @@
  * a reference and its substitute characters; one thread at a time uses it. docs/data-files.md tells the file's format.
  *
  * 16-bit text is in machine order and NUL-terminated, as is every text here: its length is not told. Counts that come
- * back include the terminator of bytes, and leave out that of 16-bit units.
+ * back include the terminator of bytes, and leave out that of 16-bit units. Bytes of UTF-16 (in machine order, at any
+ * address) and of the compression scheme hold the byte 0 inside, and end where two stand in the place of a unit: a source
+ * in these sets has three zero bytes behind it, whatever its length. Results of theirs have one, and a second where there
+ * is room for it; only the first is counted.
  */
 #ifndef DLXUNIC_UNIC_H
 #define DLXUNIC_UNIC_H
@@ -34,7 +37,7 @@ enum {
     UNI_NOSET = -1300,       /* no such set, or its table cannot be read */
     UNI_NOMEMORY = -1301,
     UNI_BADTABLE = -1302,    /* the table's file is not right */
-    UNI_BADTEXT = -1303      /* the source is no text of its set */
+    UNI_BADTEXT = -1303      /* the source is no text, the code no substitute */
 };
 /* What uniutf8_unistrToUTF8 answers where the buffer is too small. */
 #define UNI_UTF8_NOROOM (-2)
@@ -48,8 +51,9 @@ typedef struct i18nuni_request {
 DLXUNIC_API void i18nuni_RequestSetDefaults(I18NUNI_REQUEST *request);
 
 /*
- * *handle = a handle of a set. UNI_OK, or a failure with *handle null. The second form takes the directory of the tables
- * as a path; selector is 0.
+ * *handle = a handle of a set. UNI_OK, or a failure with *handle null; a failure is not remembered. The second form takes
+ * the directory of the tables as a path, if it is the one that first opens the set; selector is 0. A path with a U+FFFD
+ * has lost characters on its way here and stands for the directory of the home in force.
  */
 DLXUNIC_API int uniconv_HandleGet(UNICONV_CID cid, CVTH *handle);
 DLXUNIC_API int uniconv_HandleGetU(UNICONV_CID cid, const I18NUNI_REQUEST *request, const UNICHAR *path, int selector,
@@ -60,30 +64,36 @@ DLXUNIC_API void uniconv_HandleFree(CVTH handle);
 /*
  * What uniconv_unistrToS writes for a character without a partner: the first code towards sets of single bytes, the
  * second, of two bytes, towards sets with wider characters where the character is not an ASCII or half-width one.
- * The first is "?" and the second "??" from the start.
+ * Half-width are the characters of one column: the alphabets, their punctuation, and half-width katakana. The codes are
+ * those of the set. The first is "?" and the second "??" from the start. UNI_OK, or UNI_BADTEXT for a code out of range.
  */
 DLXUNIC_API int uniconv_SetSubstituteChar(CVTH handle, int code);
 DLXUNIC_API int uniconv_SetDBCSSubstituteChar(CVTH handle, int code);
 
 /*
  * Text of the handle's set to 16-bit text in a buffer of `size` units, and back to bytes in a buffer of `size` bytes.
- * Both terminate what they write, for which the size must be at least 1. Bytes that are no character of the set become
- * U+FFFD, with UNI_SUBSTITUTED.
+ * Both terminate what they write, for which the size must be at least 1: below, they answer UNI_NOROOM and write nothing.
+ * Bytes that are no character of the set become U+FFFD, with UNI_SUBSTITUTED. Where the bytes do not fit, the buffer
+ * holds zeros behind the characters that do, so that all of it may be kept.
  */
 DLXUNIC_API int uniconv_unistrFromS(CVTH handle, UNICHAR *buffer, int size, const char *source, int *count);
 DLXUNIC_API int uniconv_unistrToS(CVTH handle, char *buffer, int size, const UNICHAR *source, int *count);
 
 /*
- * 16-bit text to UTF-8 and back. They answer what they wrote, without a terminator, which is written where there is
- * room for it; UNI_UTF8_NOROOM where the buffer is too small, with as many whole characters as fitted in *count; another
- * negative number for a source that is no text.
+ * 16-bit text to UTF-8 and back. They answer what they wrote without the terminator, in *count too; UNI_UTF8_NOROOM where
+ * text and terminator do not fit, with the whole characters that do, terminated, and with zeros behind them as above;
+ * another negative number for a source that is no text, behind what stands in front of the fault: UNI_TRUNCATED where it
+ * ends inside a character, UNI_BADTEXT otherwise.
  */
 DLXUNIC_API int uniutf8_unistrToUTF8(char *buffer, int size, const UNICHAR *source, int *count);
 DLXUNIC_API int uniutf8_unistrFromUTF8(UNICHAR *buffer, int size, const char *source, int *count);
 
 /* *factor = the most bytes that a 16-bit unit takes in the handle's set. UNI_OK. */
 DLXUNIC_API int uniconv_GetExpansionFactor(CVTH handle, int *factor);
-/* *factor = the most bytes of one set that a byte of another can become. UNI_OK, or a failure for an unknown set. */
+/*
+ * *factor = the most bytes of one set that a byte of another can become, changes of state aside that are made once in a
+ * text. UNI_OK, or a failure for an unknown set.
+ */
 DLXUNIC_API int uniconv_GetExpansion(UNICONV_CID source, UNICONV_CID destination, int *factor);
 
 #ifdef __cplusplus
