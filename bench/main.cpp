@@ -7,8 +7,10 @@ int main(int argc, char **argv) {
     bench::enter_numeric_text_rows();
     bench::enter_numeric_rows();
     bench::enter_money_rows();
+    bench::enter_date_rows();
     bench::enter_dispatch_rows();
     bench::enter_pool_rows();
+    bench::enter_list_rows();
     bench::enter_locfile_rows();
     bench::enter_mutex_rows();
     bench::enter_utf_rows();

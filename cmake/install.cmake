@@ -1,8 +1,9 @@
-# Headers, the libraries, the command, and what a consumer finds them by.
+# Headers, the libraries, the data home, the command, and what a consumer finds them by.
 include(CMakePackageConfigHelpers)
 
 install(DIRECTORY include/dlxcomn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(TARGETS dlxcomn dlxintl EXPORT dlxcomn-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY home/config home/locales home/charsets DESTINATION ${CMAKE_INSTALL_DATADIR}/dlxcomn/home)
 install(TARGETS dlxcomn_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 set_target_properties(dlxcomn dlxintl PROPERTIES INSTALL_RPATH "$ORIGIN")
 file(RELATIVE_PATH BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})

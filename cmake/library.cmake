@@ -19,6 +19,10 @@ foreach(room IN LISTS DLXCOMN_ROOMS)
     endif()
 endforeach()
 
+# The fields of a date record are gathered into a vector only to be stored with one instruction, which takes longer
+# than storing each.
+set_source_files_properties(generic/src/date/datetime.cpp PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
+
 # The version script is made from the list of exports.
 set(EXPORTS_LIST ${PROJECT_SOURCE_DIR}/cmake/exports.list)
 set(VERSION_SCRIPT ${CMAKE_BINARY_DIR}/dlxcomn.map)

@@ -25,6 +25,7 @@ Converts values between the forty datatypes, each through the conversion matrix 
   types     list the datatypes with their width and layout
   matrix    draw the conversion matrix, or name the function of one pair
   tour      show what conversions do with values that do not fit
+  date      read texts of dates and print their value, parts and styles
   paths     print where files lie for this environment, and whether they can be read
 
   --help     this text; dlxcomn COMMAND --help tells about one command
@@ -44,6 +45,7 @@ constexpr Subcommand SUBCOMMANDS[] = {
     {"types", run_types},
     {"matrix", run_matrix},
     {"tour", run_tour},
+    {"date", run_date},
     {"paths", run_paths},
 };
 

@@ -26,6 +26,7 @@ int run_convert(const Arguments &arguments);
 int run_types(const Arguments &arguments);
 int run_matrix(const Arguments &arguments);
 int run_tour(const Arguments &arguments);
+int run_date(const Arguments &arguments);
 int run_paths(const Arguments &arguments);
 
 // A value, or the sentence that tells why there is none and what would do.

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -184,15 +183,6 @@ int convert_lines(CS_CONTEXT *context, const Request &request) {
         return MISUSED;
     }
     return code;
-}
-
-// The whole number within the range that an option has for its value.
-std::optional<CS_INT> parse_number(const std::string &text, CS_INT lowest, CS_INT highest) {
-    CS_INT number = 0;
-    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || stop != text.data() + text.size() || number < lowest || number > highest)
-        return std::nullopt;
-    return number;
 }
 
 Maybe<CS_INT> parse_room(const std::string &text) {

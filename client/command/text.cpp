@@ -2,6 +2,7 @@
 #include "text.h"
 
 #include <cctype>
+#include <charconv>
 
 namespace client {
 namespace {
@@ -33,6 +34,14 @@ std::string_view trimmed(std::string_view text) {
     if (first == std::string_view::npos)
         return {};
     return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+std::optional<CS_INT> parse_number(std::string_view text, CS_INT lowest, CS_INT highest) {
+    CS_INT number = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || stop != text.data() + text.size() || number < lowest || number > highest)
+        return std::nullopt;
+    return number;
 }
 
 std::string left(std::string_view text, size_t width) {

@@ -4,6 +4,7 @@
 
 #include <dlxcomn/types.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,9 @@ namespace client {
 std::string lowercase(std::string_view text);
 // Without blanks and tabs at both ends.
 std::string_view trimmed(std::string_view text);
+
+// The whole number within a range that the text spells.
+std::optional<CS_INT> parse_number(std::string_view text, CS_INT lowest, CS_INT highest);
 
 // Filled with blanks to a width; longer text stands as it is.
 std::string left(std::string_view text, size_t width);

@@ -45,7 +45,8 @@ DLXCOMN_API CS_RETCODE comn__load_charset2(CsContext *context, CHAR_ATTRIB *char
                                            INTL_LOCFILE *ifile);
 /*
  * Read bin_image_size (at least 1) bytes, which must end where a value ends. get_next_entry false takes the first value
- * from the present entry.
+ * from the present entry. White space around all the digits, and "0x" in front of them, count as text: the bytes that
+ * are missing for it stay as they were.
  */
 DLXCOMN_API CS_RETCODE comn__get_image(CsContext *context, CS_BYTE *bin_image, CS_INT bin_image_size,
                                        INTL_LOCFILE *ifile, CS_BOOL get_next_entry);

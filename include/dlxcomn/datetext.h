@@ -193,7 +193,7 @@ DLXCOMN_API int xdatefromchar(CS_DATETIME *dtp, char *origcp, int origlen, int p
 DLXCOMN_API int xbigdatetimefromchar(CS_BIGDATETIME *bdt, char *origcp, int origlen, int partonly, int style,
                                      int order, char **mths, char **shortmths, CHAR_ATTRIB *chatr);
 
-/* The same for each type; 1 also for a value outside the type's range. On failure date, time and big time stay. */
+/* The same for each type; 1 also for a value outside the type's range. On failure date, time, big time and CS_DATETIME4 stay. */
 DLXCOMN_API int com__datefromchar_mb(CS_DATETIME *dtp, char *origcp, int origlen, int style, int order, char **mths,
                                      char **shortmths, CHAR_ATTRIB *chatr, CS_BOOL *truncated);
 DLXCOMN_API int com__bigdatetimefromchar_mb(CS_BIGDATETIME *bdt, char *origcp, int origlen, int style, int order,

@@ -156,8 +156,8 @@ DLXCOMN_API int com__datenameval(int part, char *cp, char **months, char **days,
 
 /*
  * *diff = to - from in a part: boundaries passed for years, quarters, months, weeks and ISO years, whole units
- * cut toward zero for the rest. 1 on overflow of *diff, which then stays. Minutes and seconds judge their
- * overflow coarsely where days and time differ in sign: a result close to the limits may be refused.
+ * cut toward zero for the rest. 1 on overflow of *diff, which then stays. Minutes, seconds and milliseconds judge
+ * their overflow coarsely where days and time differ in sign: a result close to the limits may be refused.
  * Milliseconds are those of the days plus those of the times, each cut by itself. DATEPART_MICROSECOND, and a
  * part outside 0 to 14, answer 0 and store nothing.
  */
@@ -170,8 +170,9 @@ DLXCOMN_API int com__bigdatediff(int part, CS_BIGDATETIME *from, CS_BIGDATETIME 
  * shorter month. A part outside 0 to 13 is a broken contract, and -101 where assertions return.
  *
  * The result must be a day of 0001 to 9999 (the range of CS_DATE: callers check that of CS_DATETIME), else 1.
- * On that failure dtdays is 0 for the first three and their like, and stays for the others, but dttime has
- * moved already where a time was added.
+ * On that failure dtdays is 0 where years, quarters or months were added (but stays where the year is no CS_INT),
+ * and stays for the others, but dttime has moved already where a time was added. A dttime of a day or more is 1
+ * where a time is added, and nothing moves.
  */
 DLXCOMN_API int com__date_add(int part, CS_INT value, CS_DATETIME *to);
 /* The wire's numbers of the types that server constants hold. */

@@ -8,6 +8,7 @@
 #include <dlxcomn/charconv.h>
 #include <dlxcomn/charload.h>
 #include <dlxcomn/charset.h>
+#include <dlxcomn/checkfiles.h>
 #include <dlxcomn/constant.h>
 #include <dlxcomn/context.h>
 #include <dlxcomn/conversions.h>
@@ -18,6 +19,7 @@
 #include <dlxcomn/list.h>
 #include <dlxcomn/locale.h>
 #include <dlxcomn/locator.h>
+#include <dlxcomn/message.h>
 #include <dlxcomn/money.h>
 #include <dlxcomn/null.h>
 #include <dlxcomn/numeric.h>

@@ -119,6 +119,10 @@ DLXCOMN_API CS_RETCODE comn_oid_to_tds(CS_CONTEXT *context, CsOID *oid, CS_INT *
  */
 DLXCOMN_API CS_RETCODE comn_gid_to_oid(CS_CONTEXT *context, CS_INT id_class, CS_BYTE *gid, CS_INT gidlen,
                                        CsOID **oidp);
+/* What of a locale comn_locale_to_oid takes. */
+enum { CS_LOCALE_CHARSET_OID = 1, CS_LOCALE_LANGUAGE_OID = 2 };
+/* *oidp = the identifier of a locale's character set or language. */
+DLXCOMN_API CS_RETCODE comn_locale_to_oid(CS_CONTEXT *context, CS_LOCALE *locale, CS_INT type, CsOID **oidp);
 /* Whether the encodings are the same. Null is the same as an identifier without one. */
 DLXCOMN_API CS_BOOL comn_oid_cmp(CS_CONTEXT *context, CsOID *oid1, CsOID *oid2);
 

@@ -116,7 +116,7 @@ typedef struct _mm_alloconly_pool {
     CS_INT largest; /* private: no area but the newest has more bytes left than this */
 } MmAllocOnlyPool;
 
-#define MM_CHUNK_CHAINS 128
+#define MM_CHUNK_CHAINS 512
 
 typedef struct _mmpoolhead {
     MM_SBREAK_FUNC mph_sbreak;     /* obtains a chunk, or answers null */
@@ -131,7 +131,8 @@ typedef struct _mmpoolhead {
     MmHeap *mph_heap;              /* chunks, newest first */
     CS_CONTEXT *mph_ctx;           /* null for a pool of comn_mmmanage */
     CS_INT mph_status;             /* MM_STAT_ */
-    MmHeap *mph_chains[MM_CHUNK_CHAINS]; /* private: most chunks, by address */
+    CS_VOID *mph_origin;                /* private: where the places in mph_chains are counted from */
+    CS_INT mph_chains[MM_CHUNK_CHAINS]; /* private: most chunks, by address */
 } MmPoolHead;
 
 struct _mmhandle {

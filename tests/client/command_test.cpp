@@ -94,6 +94,7 @@ INSTANTIATE_TEST_SUITE_P(
                     HelpCase{{"types", "--help"}, "usage: dlxcomn types\n"},
                     HelpCase{{"matrix", "--help"}, "usage: dlxcomn matrix ["},
                     HelpCase{{"tour", "--help"}, "usage: dlxcomn tour\n"},
+                    HelpCase{{"date", "--help"}, "usage: dlxcomn date ["},
                     HelpCase{{"paths", "--help"}, "usage: dlxcomn paths ["}));
 
 TEST(Command, TellsItsVersion) { EXPECT_DONE(dlxcomn({"--version"}), "dlxcomn 1.0.0\n"); }
@@ -107,7 +108,7 @@ TEST(Command, WithoutArgumentsTellsItsUsageAsAnError) {
 
 TEST(Command, SuggestsASubcommand) {
     EXPECT_MISUSED(dlxcomn({"covnert"}), "no command \"covnert\"; did you mean convert?");
-    EXPECT_MISUSED(dlxcomn({"zzz"}), "there are convert, types, matrix, tour and paths");
+    EXPECT_MISUSED(dlxcomn({"zzz"}), "there are convert, types, matrix, tour, date and paths");
     EXPECT_MISUSED(dlxcomn({"help", "zzz"}), "no command \"zzz\"");
 }
 

@@ -52,6 +52,11 @@ for header in "$source_dir"/include/dlxcomn/*.h; do
     cmp "$header" "$prefix/include/dlxcomn/$(basename "$header")"
 done
 
+# The data home is there as it is kept.
+for directory in config locales charsets; do
+    diff -r "$source_dir/home/$directory" "$prefix/share/dlxcomn/home/$directory" || fail "the data home is another one"
+done
+
 # The same tree as a Debian package lays it out: one directory deeper.
 "$cmake" -S "$source_dir" -B "$scratch/debian" -DCMAKE_INSTALL_PREFIX=/usr -DDLXCOMN_TESTS=OFF \
     -DCMAKE_INSTALL_LIBDIR=lib/x86_64-linux-gnu -DCMAKE_C_COMPILER="$compiler" >"$scratch/debian.log"

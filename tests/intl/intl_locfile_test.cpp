@@ -1,5 +1,6 @@
 // The reader of localization files: its syntax case by case, its failures, and files of every kind against a naive
 // second reader.
+#include "support/cases.h"
 #include "support/failing_allocator.h"
 #include "support/locfile_steps.h"
 #include "support/memory_file.h"
@@ -723,20 +724,20 @@ private:
 TEST(IntlDifferential, GeneratedFilesReadWholeAreTheSameForBothReaders) {
     Generator generator(31);
     int failed = 0, ended = 0;
-    for (int round = 0; round < 30000; ++round) {
+    for (int round = 0; round < support::cases(30000); ++round) {
         const std::string content = generator.file();
         Content file(content);
         NaiveLocfile naive(content);
         ASSERT_EQ(support::difference_in_all(*file.reader, naive), "") << round << ":\n" << content;
         (naive.next_section().status == INTL_OK ? ended : failed) += 1;
     }
-    EXPECT_GT(failed, 5000);
-    EXPECT_GT(ended, 5000);
+    EXPECT_GT(failed, support::cases(5000));
+    EXPECT_GT(ended, support::cases(5000));
 }
 
 TEST(IntlDifferential, CallsInAnyOrderAreTheSameForBothReaders) {
     Generator generator(32);
-    for (int round = 0; round < 30000; ++round) {
+    for (int round = 0; round < support::cases(30000); ++round) {
         const std::string content = generator.file();
         Content file(content);
         NaiveLocfile naive(content);
@@ -752,7 +753,7 @@ TEST(IntlDifferential, CallsInAnyOrderAreTheSameForBothReaders) {
 TEST(IntlDifferential, RandomBytesAreTheSameForBothReaders) {
     Generator generator(33);
     const std::string alphabet = std::string("[]=,;\\\"x \t\r\n\n\n0af") + '\0' + "\xFF";
-    for (int round = 0; round < 30000; ++round) {
+    for (int round = 0; round < support::cases(30000); ++round) {
         std::string content = generator.below(2) == 0 ? "[s]\n" : "";
         for (int left = generator.below(120); left > 0; --left)
             content += alphabet[static_cast<size_t>(generator.below(static_cast<int>(alphabet.size())))];

@@ -327,6 +327,44 @@ TEST(PoolStoreTest, BlocksAreFoundInChunksFarFromEachOther) {
     EXPECT_EQ(pool.drop(), CS_SUCCEED) << "while the lent memory is there";
 }
 
+// A later chunk may begin just below where the first one, long given back, began.
+TEST(PoolStoreTest, AChunkEightBytesBelowTheFirstOneIsFound) {
+    struct Source {
+        alignas(8) char memory[1024];
+        int offset = 8;
+        static CS_VOID *obtain(MM_HANDLE *, CS_VOID *param, CS_INT) {
+            auto *source = static_cast<Source *>(param);
+            return source->memory + source->offset;
+        }
+        static CS_RETCODE give_back(MM_HANDLE *, CS_VOID *param, CS_VOID *chunk) {
+            auto *source = static_cast<Source *>(param);
+            EXPECT_EQ(chunk, source->memory + source->offset);
+            source->offset -= 8;
+            return CS_SUCCEED;
+        }
+    } source;
+    alignas(8) char records[sizeof(MmPoolHead) + sizeof(MM_HANDLE)];
+    auto *pool = reinterpret_cast<MM_HANDLE *>(records);
+    ASSERT_EQ(comn_mmmanage(nullptr, 0, &pool), CS_SUCCEED);
+    const auto set = [&](CS_INT property, CS_VOID *value) {
+        ASSERT_EQ(comn_mmproperty(pool, MM_SET, property, value, MM_OPT_UNUSED, nullptr), CS_SUCCEED);
+    };
+    set(MM_PROP_SBREAK, reinterpret_cast<CS_VOID *>(Source::obtain));
+    set(MM_PROP_UNSBREAK, reinterpret_cast<CS_VOID *>(Source::give_back));
+    set(MM_PROP_PARAM, &source);
+    CS_INT chunk_size = 512;
+    set(MM_PROP_CHUNKSIZE, &chunk_size);
+    for (int offset : {8, 0}) {
+        ASSERT_EQ(source.offset, offset);
+        CS_VOID *block = nullptr;
+        ASSERT_EQ(com___getheap(pool, 100, &block), CS_SUCCEED);
+        EXPECT_EQ(block, source.memory + offset + sizeof(MmHeap));
+        ASSERT_EQ(com___putheap(pool, block), CS_SUCCEED);
+    }
+    EXPECT_EQ(source.offset, -8) << "both went back";
+    EXPECT_EQ(comn_mmdrop(pool, MM_DROP_FORCE), CS_SUCCEED);
+}
+
 // The source's chunks and lent ones of every distance share chains; each removal must keep the others in reach.
 TEST(PoolStoreTest, ChunksThatGoBackLeaveTheOthersFound) {
     std::mt19937_64 random(8111);

@@ -19,11 +19,18 @@ class Openers : public PathFixture {
 protected:
     Openers() {
         home_.put(directory_.path());
-        for (const char *below : {"config", "sub/config", "locales/message/french"})
+        for (const char *below : {"config", "sub/config", "locales/message/french", "locales/french/iso_1",
+                                  "charsets/iso_1"})
             std::filesystem::create_directories(directory_.path_of(below));
         support::write_file(directory_.path_of("config/x.cfg"), "[plain]\n");
         support::write_file(directory_.path_of("sub/config/x.cfg"), "[below]\n");
         support::write_file(directory_.path_of("locales/message/french/m.loc"), "[message]\n");
+        support::write_file(directory_.path_of("locales/locales.dat"), "[locales]\n");
+        support::write_file(directory_.path_of("locales/french/common.loc"), "[language]\n");
+        support::write_file(directory_.path_of("locales/french/iso_1/common.loc"), "[both]\n");
+        support::write_file(directory_.path_of("charsets/list.loc"), "[list]\n");
+        support::write_file(directory_.path_of("charsets/iso_1/charset.loc"), "[set]\n");
+        support::write_file(directory_.path_of("charsets/iso_1/binary.srt"), "[order]\n");
     }
     // The name of the first section of a file that was opened, which is closed then.
     std::string first_section() {
@@ -100,16 +107,126 @@ TEST_F(Openers, MsgfileThatIsMissingHasItsPathTold) {
     EXPECT_EQ(context_.ctxintlerr, INTL_ECANTOPEN);
 }
 
+TEST_F(Openers, LocfileIsOpenedOfALanguageAndASet) {
+    std::string locales = "locales.dat", common = "common.loc", set = "iso_1";
+    const auto open = [&](CS_CHAR *lang, CS_CHAR *charset, std::string &file) {
+        const CS_RETCODE status = com__open_locfile(&context_, lang, charset, chars(file), &file_, nullptr, 0);
+        return status == CS_SUCCEED ? first_section() : "status " + std::to_string(status);
+    };
+    EXPECT_EQ(open(nullptr, nullptr, locales), "locales");
+    EXPECT_EQ(open(nullptr, chars(set), locales), "locales") << "a set without a language is not looked at";
+    EXPECT_EQ(open(chars(lang_), nullptr, common), "language");
+    EXPECT_EQ(open(chars(lang_), chars(set), common), "both");
+    EXPECT_EQ(open(chars(lang_), chars(set), locales), "status -414");
+}
+
+TEST_F(Openers, CharfileIsOpenedOfASetAndAnExtension) {
+    std::string set = "iso_1", list = "list.loc", charset = "charset.loc", binary = "binary", srt = "srt";
+    const auto open = [&](CS_CHAR *name, std::string &file, CS_CHAR *extension) {
+        const CS_RETCODE status = com__open_charfile(&context_, name, chars(file), extension, &file_, nullptr, 0);
+        return status == CS_SUCCEED ? first_section() : "status " + std::to_string(status);
+    };
+    EXPECT_EQ(open(chars(set), charset, nullptr), "set");
+    EXPECT_EQ(open(chars(set), binary, chars(srt)), "order");
+    EXPECT_EQ(open(nullptr, list, nullptr), "list");
+    EXPECT_EQ(open(chars(set), list, nullptr), "status -414");
+    EXPECT_EQ(com__open_charfile(nullptr, chars(set), chars(charset), nullptr, &file_, nullptr, 0), CS_SUCCEED);
+    EXPECT_EQ(first_section(), "set") << "no context is needed";
+    EXPECT_EQ(com__open_charfile(nullptr, chars(set), chars(absent_), nullptr, &file_, nullptr, 0), CS_ENOLOCFILE);
+}
+
+TEST_F(Openers, OddityCharfileWithoutANameOpensTheDirectoryWhichCannotBeRead) {
+    std::string set = "iso_1";
+    EXPECT_EQ(com__open_charfile(&context_, chars(set), nullptr, chars(set), &file_, nullptr, 0), CS_SUCCEED);
+    int status = 0;
+    EXPECT_EQ(intl_nextsection(&file_, &status), nullptr);
+    EXPECT_EQ(status, INTL_EREAD);
+    intl_close(&file_);
+}
+
+TEST_F(Openers, LocfileAndCharfileTellTheirPathAtEverySize) {
+    std::string common = "common.loc", set = "iso_1", binary = "binary", srt = "srt";
+    for (const bool of_set : {false, true}) {
+        const std::string path =
+            directory_.path_of(of_set ? "charsets/iso_1/binary.srt" : "locales/french/iso_1/common.loc");
+        for (size_t size = 1; size < path.size() + 10; ++size) {
+            std::string name(path.size() + 20, GUARD), expected = name;
+            const std::string held = path.substr(0, size - 1);
+            expected.replace(0, held.size(), held);
+            expected[held.size()] = '\0';
+            const auto room = static_cast<CS_INT>(size);
+            ASSERT_EQ(of_set ? com__open_charfile(&context_, chars(set), chars(binary), chars(srt), &file_,
+                                                  name.data(), room)
+                             : com__open_locfile(&context_, chars(lang_), chars(set), chars(common), &file_,
+                                                 name.data(), room),
+                      CS_SUCCEED);
+            ASSERT_EQ(first_section(), of_set ? "order" : "both");
+            ASSERT_EQ(name, expected) << size;
+        }
+    }
+}
+
+TEST_F(Openers, LocfileAndCharfileThatAreMissingHaveTheirPathTold) {
+    CS_CHAR name[1025] = "";
+    EXPECT_EQ(com__open_locfile(&context_, chars(lang_), nullptr, chars(absent_), &file_, name, sizeof name),
+              CS_ENOLOCFILE);
+    EXPECT_EQ(name, directory_.path_of("locales/french/absent"));
+    EXPECT_EQ(context_.ctxintlerr, INTL_ECANTOPEN);
+    context_.ctxintlerr = 0;
+    EXPECT_EQ(com__open_charfile(&context_, chars(absent_), chars(msg_), nullptr, &file_, name, sizeof name),
+              CS_ENOLOCFILE);
+    EXPECT_EQ(name, directory_.path_of("charsets/absent/m.loc"));
+    EXPECT_EQ(context_.ctxintlerr, INTL_ECANTOPEN);
+}
+
+TEST_F(Openers, LocfileAndCharfileAnswerTheStatusOfTheBuilderAndTellNoPath) {
+    std::string endless = letters(1100), name(64, GUARD);
+    const auto room = static_cast<CS_INT>(name.size());
+    const auto locfile = [&](std::string &file) {
+        return com__open_locfile(&context_, nullptr, nullptr, chars(file), &file_, name.data(), room);
+    };
+    const auto charfile = [&](std::string &file) {
+        return com__open_charfile(&context_, nullptr, chars(file), nullptr, &file_, name.data(), room);
+    };
+    EXPECT_EQ(locfile(endless), CS_FAIL);
+    EXPECT_EQ(charfile(endless), CS_FAIL);
+    EXPECT_EQ(context_.ctxintlerr, 0);
+    home_.put({});
+    EXPECT_EQ(locfile(msg_), CS_EINTL);
+    EXPECT_EQ(context_.ctxintlerr, INTL_ENOHOME);
+    context_.ctxintlerr = 0;
+    EXPECT_EQ(charfile(msg_), CS_EINTL);
+    EXPECT_EQ(context_.ctxintlerr, INTL_ENOHOME);
+    EXPECT_EQ(name, std::string(64, GUARD));
+}
+
+TEST_F(Openers, PathBufferOfLocfileAndCharfileHas1025Bytes) {
+    const size_t locales = 1025 - directory_.path().size() - std::strlen("/locales/");
+    const size_t charsets = 1025 - directory_.path().size() - std::strlen("/charsets/");
+    for (const size_t extra : {size_t{0}, size_t{1}}) {
+        std::string loc = letters(locales + extra), set = letters(charsets - 1 + extra);
+        EXPECT_EQ(com__open_locfile(&context_, nullptr, nullptr, chars(loc), &file_, nullptr, 0),
+                  extra == 0 ? CS_ENOLOCFILE : CS_FAIL);
+        EXPECT_EQ(com__open_charfile(&context_, nullptr, chars(set), nullptr, &file_, nullptr, 0),
+                  extra == 0 ? CS_ENOLOCFILE : CS_FAIL);
+    }
+}
+
 TEST_F(Openers, WithoutMemoryAreNoLocfileAndLeaveNothing) {
+    std::string set = "iso_1", charset = "charset.loc", locales = "locales.dat";
     for (const auto span : {support::FailingAllocator::ONCE, support::FailingAllocator::LASTING})
-        for (const bool message : {false, true}) {
+        for (int opener = 0; opener < 4; ++opener) {
             context_.ctxintlerr = 0;
             CS_RETCODE status;
             int held;
             {
                 const support::FailingAllocator failing(1, span);
-                status = message ? comn__open_msgfile(&context_, chars(lang_), 6, chars(msg_), 5, &file_, nullptr, 0)
-                                 : com__open_cfgfile(&context_, chars(cfg_), &file_, CS_FALSE);
+                status = opener == 0
+                             ? comn__open_msgfile(&context_, chars(lang_), 6, chars(msg_), 5, &file_, nullptr, 0)
+                         : opener == 1 ? com__open_cfgfile(&context_, chars(cfg_), &file_, CS_FALSE)
+                         : opener == 2
+                             ? com__open_locfile(&context_, nullptr, nullptr, chars(locales), &file_, nullptr, 0)
+                             : com__open_charfile(&context_, chars(set), chars(charset), nullptr, &file_, nullptr, 0);
                 held = failing.held();
             }
             EXPECT_EQ(status, CS_ENOLOCFILE);

@@ -576,6 +576,14 @@ TEST_F(ComPathDeathTest, OfTheOpenersAndTheRest) {
     EXPECT_NULL_REPORT(comn__open_msgfile(&context_, LANG, 4, NAME, 4, nullptr, nullptr, 0), "com_path");
     EXPECT_BOMB(comn__open_msgfile(&context_, LANG, 4, NAME, 4, &file, path, 0), "com_path");
     EXPECT_BOMB(comn__open_msgfile(&context_, LANG, 4, NAME, 4, &file, path, -1), "com_path");
+    EXPECT_NULL_REPORT(com__open_locfile(&context_, LANG, nullptr, NAME, nullptr, nullptr, 0), "com_path");
+    EXPECT_NULL_REPORT(com__open_locfile(nullptr, LANG, nullptr, NAME, &file, nullptr, 0), "com_path");
+    EXPECT_NULL_REPORT(com__open_locfile(&context_, LANG, nullptr, nullptr, &file, nullptr, 0), "com_path");
+    EXPECT_BOMB(com__open_locfile(&context_, LANG, nullptr, NAME, &file, path, 0), "com_path");
+    EXPECT_BOMB(com__open_locfile(&context_, LANG, nullptr, NAME, &file, path, -1), "com_path");
+    EXPECT_NULL_REPORT(com__open_charfile(&context_, LANG, NAME, nullptr, nullptr, nullptr, 0), "com_path");
+    EXPECT_BOMB(com__open_charfile(&context_, LANG, NAME, nullptr, &file, path, 0), "com_path");
+    EXPECT_BOMB(com__open_charfile(&context_, LANG, NAME, nullptr, &file, path, -1), "com_path");
     EXPECT_NULL_REPORT(com_get_tclcfg(nullptr, 5), "com_path");
     EXPECT_BOMB(com_get_tclcfg(path, 0), "com_path");
     EXPECT_NULL_REPORT(com_get_ldapversionsuffix(nullptr, 0), "com_path");
@@ -613,6 +621,12 @@ TEST_F(ComPath, MistakesThatComeBackFailAndWriteNothing) {
     expect_refused(com__open_cfgfile(&context_, nullptr, &file, CS_TRUE), "name");
     expect_refused(comn__open_msgfile(&context_, LANG, 4, NAME, 4, nullptr, path.data(), 100), "file");
     expect_refused(comn__open_msgfile(&context_, LANG, 4, NAME, 4, &file, path.data(), 0), "room of the name");
+    expect_refused(com__open_locfile(&context_, LANG, nullptr, NAME, nullptr, path.data(), 100), "file");
+    expect_refused(com__open_locfile(nullptr, LANG, nullptr, NAME, &file, path.data(), 100), "context");
+    expect_refused(com__open_locfile(&context_, LANG, nullptr, nullptr, &file, path.data(), 100), "name");
+    expect_refused(com__open_locfile(&context_, LANG, nullptr, NAME, &file, path.data(), 0), "room of the name");
+    expect_refused(com__open_charfile(&context_, LANG, NAME, nullptr, nullptr, path.data(), 100), "file");
+    expect_refused(com__open_charfile(&context_, LANG, NAME, nullptr, &file, path.data(), 0), "room of the name");
     expect_refused(com_get_tclcfg(nullptr, 100), "room");
     expect_refused(com_get_tclcfg(path.data(), 0), "room");
     expect_refused(com_get_ldapversionsuffix(nullptr, 0), "room");

@@ -1,11 +1,13 @@
-// Makes a call of the thread library fail on demand.
+// Makes a call of the thread library fail on demand, and keeps the deadlines that waits are given.
 //
 // This header defines the functions below for the executable that includes it (in one source only). The library's
 // calls bind to them, and they pass on to the real ones, or to those of a sanitizer, unless they are to fail.
 #ifndef TESTS_SUPPORT_FAILING_SYSTEM_H
 #define TESTS_SUPPORT_FAILING_SYSTEM_H
 
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 #include <dlfcn.h>
@@ -13,8 +15,9 @@
 #include <signal.h>
 #include <time.h>
 
-// The run time of a sanitizer calls these before it can take note of a call.
-#define PASSES_ON __attribute__((no_sanitize("thread")))
+// The run time of a sanitizer calls these before it can take note of a call. A cancellation drops the frames of waits,
+// which must not leave red zones behind.
+#define PASSES_ON __attribute__((no_sanitize("thread", "address", "undefined")))
 
 namespace support {
 
@@ -37,6 +40,16 @@ private:
     int passing_;
 };
 
+// Waits with a deadline, of all threads, and the deadline of the last one, on the system's clock of the day. That
+// clock may be made to run fast or slow, so a time that has passed on another one says little of it.
+inline std::atomic<int> timed_waits = 0; // counted behind the deadline
+inline std::atomic<std::chrono::nanoseconds> last_deadline = {};
+
+PASSES_ON inline void note_deadline(const timespec &deadline) {
+    last_deadline = std::chrono::seconds(deadline.tv_sec) + std::chrono::nanoseconds(deadline.tv_nsec);
+    ++timed_waits;
+}
+
 template <class Function>
 PASSES_ON Function next_of(Function &known, const char *name) {
     Function next = __atomic_load_n(&known, __ATOMIC_RELAXED);
@@ -49,9 +62,10 @@ PASSES_ON Function next_of(Function &known, const char *name) {
 
 } // namespace support
 
-#define MAY_FAIL(name, exceptions, parameters, arguments)              \
+#define MAY_FAIL(name, exceptions, parameters, arguments, ...)         \
     extern "C" PASSES_ON int name parameters exceptions {              \
         static int(*real) parameters = nullptr;                        \
+        __VA_ARGS__;                                                   \
         if (support::FailingSystem::refuses(#name))                    \
             return EAGAIN;                                             \
         return support::next_of(real, #name) arguments;                \
@@ -78,7 +92,7 @@ MAY_FAIL(pthread_cond_wait, , (pthread_cond_t *__restrict condition, pthread_mut
 MAY_FAIL(pthread_cond_timedwait, ,
          (pthread_cond_t *__restrict condition, pthread_mutex_t *__restrict mutex,
           const timespec *__restrict deadline),
-         (condition, mutex, deadline))
+         (condition, mutex, deadline), support::note_deadline(*deadline))
 MAY_FAIL(pthread_key_create, noexcept, (pthread_key_t * key, void (*destructor)(void *)), (key, destructor))
 MAY_FAIL(pthread_sigmask, noexcept, (int how, const sigset_t *__restrict set, sigset_t *__restrict old),
          (how, set, old))

@@ -1,6 +1,7 @@
 // Mutexes, conditions, the coroutine mode and the table of callbacks: who may take and give back, to which
 // depth, and what a broken contract does in both modes of an assertion.
 #include "support/assertions.h"
+#include "support/cancelled_threads.h"
 #include "support/failing_allocator.h"
 #include "support/failing_system.h"
 #include "support/tasks.h"

@@ -1,5 +1,6 @@
 // Threads, their identities, cancellation and keys.
 #include "support/assertions.h"
+#include "support/cancelled_threads.h"
 #include "support/failing_allocator.h"
 #include "support/failing_system.h"
 #include "support/tasks.h"
@@ -445,19 +446,21 @@ TEST_P(CreationRefusedDeathTest, IsAnAssertion) {
 
 TEST_P(CreationRefused, LeavesNothingWhereAssertionsReturn) {
     const sigset_t before = mask_now();
-    const ReturningAssertions returning;
-    const FailingSystem failing(GetParam());
-    const FailingAllocator allocator;
-    CS_THRDRES *thread = nullptr;
-    EXPECT_EQ(comn_create_thread(&thread, do_nothing, nullptr), CS_FAIL);
-    EXPECT_EQ(returning.count(), 1);
-    EXPECT_EQ(thread, nullptr);
-    EXPECT_EQ(allocator.held(), 0);
+    {
+        const ReturningAssertions returning;
+        const FailingSystem failing(GetParam());
+        const FailingAllocator allocator;
+        CS_THRDRES *thread = nullptr;
+        EXPECT_EQ(comn_create_thread(&thread, do_nothing, nullptr), CS_FAIL);
+        EXPECT_EQ(returning.count(), 1);
+        EXPECT_EQ(thread, nullptr);
+        EXPECT_EQ(allocator.held(), 0);
+    }
     EXPECT_TRUE(same(mask_now(), before));
 }
 
 constexpr const char *CREATING_CALLS[] = {"pthread_attr_init", "pthread_attr_setscope", "pthread_attr_setdetachstate",
-                                          "pthread_create"};
+                                          "pthread_sigmask", "pthread_create"};
 const auto name_of_call = [](const auto &call) { return std::string(call.param); };
 INSTANTIATE_TEST_SUITE_P(Calls, CreationRefusedDeathTest, testing::ValuesIn(CREATING_CALLS), name_of_call);
 INSTANTIATE_TEST_SUITE_P(Calls, CreationRefused, testing::ValuesIn(CREATING_CALLS), name_of_call);

@@ -1,20 +1,26 @@
 // Events and semaphores: who is woken, how long a wait lasts, what a cancellation and a failing call leave behind.
 #include "support/assertions.h"
+#include "support/cancelled_threads.h"
 #include "support/failing_system.h"
 #include "support/tasks.h"
 
 #include <chrono>
+#include <limits>
+#include <memory>
 #include <vector>
+
+#include <sys/time.h>
 
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 using support::eventually;
 using support::FailingSystem;
+using support::last_deadline;
 using support::ReturningAssertions;
 using support::Runner;
 using support::sleeps;
+using support::timed_waits;
 
 constexpr CS_INT WITHOUT_LIMIT = -9999;
 constexpr CS_INT LONG = 30'000; // milliseconds; no test waits that long
@@ -167,12 +173,19 @@ TEST(Event, HandsEverySignalFromThreadToThread) {
     }
 }
 
+// The time that the deadlines of waits are told in.
+std::chrono::microseconds time_of_day() {
+    timeval now;
+    gettimeofday(&now, nullptr);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::microseconds(now.tv_usec);
+}
+
 TEST(Event, TimedWaitLastsItsTime) {
     const Event event(CS_TRUE);
     for (const CS_INT millisecs : {1, 7, 30}) {
-        const auto start = Clock::now();
+        const auto start = time_of_day();
         EXPECT_EQ(comn_waitfor_event(event, millisecs), CS_TIMED_OUT);
-        EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(millisecs) - 1ms);
+        EXPECT_GE(time_of_day() - start, std::chrono::milliseconds(millisecs));
         EXPECT_TRUE(event.left_unlocked());
     }
 }
@@ -180,10 +193,15 @@ TEST(Event, TimedWaitLastsItsTime) {
 // Deadlines whose milliseconds run over into the seconds, and the longest time there is: a time that the system
 // finds malformed would end the wait.
 TEST(Event, TimedWaitTakesAnyTime) {
-    for (const CS_INT millisecs : {999, 1000, 1999, std::numeric_limits<CS_INT>::max()}) {
+    for (const CS_INT millisecs : {999, 1000, 1999, 86'400'001, std::numeric_limits<CS_INT>::max()}) {
         const Event event(CS_TRUE);
+        const int waits = timed_waits;
+        const auto earliest = time_of_day();
         Runner waiter([&] { EXPECT_EQ(comn_waitfor_event(event, millisecs), CS_SUCCEED); });
-        EXPECT_TRUE(sleeps(waiter.id()));
+        EXPECT_TRUE(eventually([&] { return timed_waits > waits; }));
+        const auto latest = time_of_day();
+        EXPECT_GE(last_deadline.load(), earliest + std::chrono::milliseconds(millisecs));
+        EXPECT_LE(last_deadline.load(), latest + std::chrono::milliseconds(millisecs));
         EXPECT_EQ(comn_signal_event(event), CS_SUCCEED);
     }
 }
@@ -200,19 +218,23 @@ TEST(Event, NegativeTimeWaitsWithoutLimit) {
 
 // Each wake-up that brings no event starts the whole time anew.
 TEST(Event, TimedDeadlineStartsAnewAfterAWakeUp) {
-    constexpr CS_INT TIME = 300;
+    constexpr std::chrono::milliseconds TIME(LONG);
     const Event event(CS_TRUE);
-    Clock::time_point end;
-    Runner waiter([&] {
-        EXPECT_EQ(comn_waitfor_event(event, TIME), CS_TIMED_OUT);
-        end = Clock::now();
-    });
-    EXPECT_TRUE(sleeps(waiter.id()));
-    std::this_thread::sleep_for(60ms);
-    const auto woken = Clock::now();
+    const int waits = timed_waits;
+    Runner waiter([&] { EXPECT_EQ(comn_waitfor_event(event, LONG), CS_SUCCEED); });
+    EXPECT_TRUE(eventually([&] { return timed_waits > waits; }));
+    std::this_thread::sleep_for(1ms);
+
+    pthread_mutex_lock(&event->pm); // which the waiter has until it waits
+    const int waits_before = timed_waits;
+    const auto first = last_deadline.load();
+    const auto woken = time_of_day();
     pthread_cond_broadcast(&event->pc);
-    waiter.join();
-    EXPECT_GE(end - woken, std::chrono::milliseconds(TIME) - 1ms);
+    pthread_mutex_unlock(&event->pm);
+    EXPECT_TRUE(eventually([&] { return timed_waits > waits_before; }));
+    EXPECT_LT(first, woken + TIME);
+    EXPECT_GE(last_deadline.load(), woken + TIME);
+    EXPECT_EQ(comn_signal_event(event), CS_SUCCEED);
 }
 
 TEST(Event, AWakeUpWithoutTheEventGoesOnWaiting) {
@@ -469,6 +491,18 @@ TEST(Semaphore, ReleaseWakesOnTheStepFromZeroToOneAlone) {
     EXPECT_EQ(comn_release_sem(sem), CS_SUCCEED);
     EXPECT_EQ(sem->ev, 2);
     EXPECT_TRUE(sem.left_unlocked());
+}
+
+// One more would make it a broken one.
+TEST(Semaphore, ReleaseBeyondTheHighestCountFails) {
+    const Semaphore sem;
+    constexpr CS_INT MOST = std::numeric_limits<CS_INT>::max();
+    sem->ev = MOST - 1;
+    EXPECT_EQ(comn_release_sem(sem), CS_SUCCEED);
+    EXPECT_EQ(comn_release_sem(sem), CS_FAIL);
+    EXPECT_EQ(sem->ev, MOST);
+    EXPECT_EQ(comn_waitfor_sem(sem, 1), CS_SUCCEED); // and in working order
+    EXPECT_EQ(sem->ev, MOST - 1);
 }
 
 // A cancellation there would leave it locked for good.

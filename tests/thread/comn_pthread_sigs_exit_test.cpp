@@ -206,6 +206,22 @@ TEST(SignalRestart, EndsAcceptThreadsThatOutlivedTheExit) {
     });
 }
 
+// Where the signal was ignored at first the thread is reached all the same, and then it is ignored again.
+TEST(SignalRestart, EndsAcceptThreadsOfSignalsThatWereIgnored) {
+    expect_pass([](int notes) {
+        signal(SIGUSR1, SIG_IGN);
+        comn_signal_setup();
+        const Accepted accepted(notes, SIGUSR1);
+        comn_signal_exit();
+        comn_signal_setup();
+        CHILD_CHECK(notes, accepted.gone());
+        CHILD_CHECK(notes, disposition(SIGUSR1) == SIG_IGN);
+        kill(getpid(), SIGUSR1);
+        CHILD_CHECK(notes, thrown_away(SIGUSR1));
+        CHILD_CHECK(notes, calls == 0);
+    });
+}
+
 TEST(SignalRestart, GivesASignalWithAFormerHandlerItsNormalEffect) {
     const Ending ending = in_child_with_threads([](int notes) {
         comn_signal_setup();
@@ -330,6 +346,88 @@ TEST(Catcher, EndsWhereItsEndOfThePipeWasClosed) {
         break_off(pipe);
         CHILD_CHECK(notes, comn_signal_exit() == CS_SUCCEED);
     });
+}
+
+// Signals that are not routed run their handlers anywhere, and so in the catcher's read.
+TEST(Catcher, ReadsAgainAfterAnInterruption) {
+    expect_pass([](int notes) {
+        const Pipe pipe = set_up_with_pipe(notes);
+        struct sigaction action = {};
+        action.sa_handler = in_signal_context; // without a restart of system calls
+        sigaction(SIGPROF, &action, nullptr);
+        for (int n = 1; n <= 5; ++n) {
+            tgkill(getpid(), pipe.catcher, SIGPROF);
+            CHILD_CHECK(notes, eventually([n] { return contexts == n; }));
+            CHILD_CHECK(notes, sleeps(pipe.catcher));
+        }
+        const Accepted accepted(notes, SIGUSR1);
+        CHILD_CHECK(notes, task_of(pipe.catcher).blocks(SIGUSR1));
+        CHILD_CHECK(notes, comn_signal_exit() == CS_SUCCEED);
+    });
+}
+
+// ---- Parts -----------------------------------------------------------------------------------------------------
+
+TEST(RoutingPartsDeathTest, WithoutRoutingAreAssertions) {
+    EXPECT_BOMB(comn__install_accept_thread(SIGUSR1, count_call, nullptr), "comn_pthread_sigs");
+    EXPECT_BOMB(comn__uninstall_accept_thread(SIGUSR1, COMN_SIG_DFL, nullptr), "comn_pthread_sigs");
+    EXPECT_BOMB(comn__sig_catcher_thread(nullptr), "comn_pthread_sigs");
+    EXPECT_BOMB(comn__sig_accept_thread(nullptr), "comn_pthread_sigs"); // 0 is no signal
+}
+
+TEST(RoutingParts, MisusedFailWhereAssertionsReturn) {
+    expect_pass([](int notes) {
+        COMN_SIG_FUNC old = count_call;
+        {
+            const ReturningAssertions returning;
+            CHILD_CHECK(notes, comn__install_accept_thread(SIGUSR1, count_other_call, &old) == CS_FAIL);
+            CHILD_CHECK(notes, comn__uninstall_accept_thread(SIGUSR1, COMN_SIG_DFL, &old) == CS_FAIL);
+            CHILD_CHECK(notes, comn__sig_catcher_thread(nullptr) == nullptr);
+            CHILD_CHECK(notes, comn__sig_accept_thread(reinterpret_cast<CS_VOID *>(65)) == nullptr);
+            CHILD_CHECK(notes, returning.count() == 4);
+        }
+        comn_signal_setup();
+        unblock_abort();
+        const Accepted accepted(notes, SIGUSR1);
+        const Tasks before = all_tasks();
+        {
+            const ReturningAssertions returning;
+            for (const CS_INT sig : {-1, 0, SIGPIPE, 65, 1000, SIGUSR1}) // one that has a handler among them
+                CHILD_CHECK(notes, comn__install_accept_thread(sig, count_other_call, &old) == CS_FAIL);
+            for (const CS_INT sig : {-1, 0, SIGPIPE, 65, 1000, SIGUSR2}) // and one that has none
+                CHILD_CHECK(notes, comn__uninstall_accept_thread(sig, COMN_SIG_DFL, &old) == CS_FAIL);
+            CHILD_CHECK(notes, returning.count() == 12);
+        }
+        CHILD_CHECK(notes, old == count_call);
+        CHILD_CHECK(notes, tasks_since(before).empty());
+        kill(getpid(), SIGUSR1);
+        CHILD_CHECK(notes, eventually([] { return calls == 1; }));
+        CHILD_CHECK(notes, last_thread == accepted.id());
+    });
+}
+
+// ---- Refusals in turn ------------------------------------------------------------------------------------------
+
+// The reading of the mask, both changes around the catcher's creation, the caller's default.
+TEST(SignalFailure, OfEachMaskInASetUpLeavesNothingWhereAssertionsReturn) {
+    for (int n = 1; n <= 4; ++n)
+        expect_pass([n](int notes) {
+            const Tasks before = all_tasks();
+            const std::vector<bool> files = open_files();
+            const Task caller = task_of(gettid());
+            {
+                const ReturningAssertions returning;
+                const FailingAllocator allocator;
+                const FailingSystem failing("pthread_sigmask", n);
+                CHILD_CHECK(notes, comn_signal_setup() == CS_FAIL);
+                CHILD_CHECK(notes, returning.count() >= 1);
+                CHILD_CHECK(notes, allocator.held() == 0);
+            }
+            CHILD_CHECK(notes, eventually([&] { return tasks_since(before).empty(); }));
+            CHILD_CHECK(notes, open_files() == files);
+            CHILD_CHECK(notes, task_of(gettid()).blocked == caller.blocked);
+            CHILD_CHECK(notes, comn_signal_setup() == CS_SUCCEED);
+        });
 }
 
 // Each allocation of a set-up or an install failing in turn. Those of the system for a new thread are among them.

@@ -4,7 +4,7 @@
 
 #include <dlxcomn/types.h>
 
-#include <cctype>
+#include <cstddef>
 
 namespace dlx {
 
@@ -16,15 +16,18 @@ constexpr int hex_digit(CS_BYTE c) {
     return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
+// Of ASCII, whatever the process's locale: this text is bytes of no character set.
+constexpr bool is_hex_space(CS_BYTE c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
 // The digits of a text: white space around them and one "0x" in front are taken off.
 struct HexText {
     const CS_BYTE *digits;
-    CS_INT count;
+    std::ptrdiff_t count;
 
-    HexText(const CS_BYTE *text, CS_INT length) : digits(text), count(length) {
-        while (count > 0 && std::isspace(digits[count - 1]))
+    HexText(const CS_BYTE *text, std::ptrdiff_t length) : digits(text), count(length) {
+        while (count > 0 && is_hex_space(digits[count - 1]))
             --count;
-        while (count > 0 && std::isspace(*digits)) {
+        while (count > 0 && is_hex_space(*digits)) {
             ++digits;
             --count;
         }

@@ -73,8 +73,9 @@ CS_RETCODE read_text(CS_CONTEXT *context, CS_CHAR *text, std::size_t size, INTL_
     return CS_SUCCEED;
 }
 
-bool decode(const CS_CHAR *text, CS_INT size, CS_BYTE *image) {
-    const HexText hex(reinterpret_cast<const CS_BYTE *>(text), size);
+// What the digits do not fill stays as it was: white space around them and "0x" count for the size of the text only.
+bool decode(const CS_CHAR *text, std::size_t size, CS_BYTE *image) {
+    const HexText hex(reinterpret_cast<const CS_BYTE *>(text), static_cast<std::ptrdiff_t>(size));
     const CS_BYTE *at = hex.digits;
     if (hex.count % 2 != 0) { // the first digit is a byte of its own
         const int digit = hex_digit(*at++);
@@ -197,14 +198,16 @@ CS_RETCODE comn__get_image(CsContext *context, CS_BYTE *bin_image, CS_INT bin_im
     if (text == nullptr)
         return COM_TRACE(CS_MEM_ERROR);
     CS_RETCODE status = read_text(context, text, size, ifile, get_next_entry);
-    if (status == CS_SUCCEED && !decode(text, bin_image_size * 2, bin_image))
+    if (status == CS_SUCCEED && !decode(text, size, bin_image))
         status = CS_FAIL;
     std::free(text);
     return status == CS_SUCCEED ? status : COM_TRACE(status);
 }
 
 CS_RETCODE comn__load_charset1(CsContext *context, CHAR_ATTRIB *char_attrib, CS_INT image_size, INTL_LOCFILE *ifile) {
+    COM_REQUIRE_PTR(context, CS_FAIL);
     COM_REQUIRE_PTR(char_attrib, CS_FAIL);
+    COM_REQUIRE_PTR(ifile, CS_FAIL);
     if (image_size != FIRST_CLASS_SIZE)
         return COM_TRACE(CS_FAIL);
     CS_RETCODE status =
@@ -220,10 +223,12 @@ CS_RETCODE comn__load_charset1(CsContext *context, CHAR_ATTRIB *char_attrib, CS_
 }
 
 CS_RETCODE comn__load_charset2(CsContext *context, CHAR_ATTRIB *char_attrib, CS_INT image_size, INTL_LOCFILE *ifile) {
+    COM_REQUIRE_PTR(context, CS_FAIL);
     COM_REQUIRE_PTR(char_attrib, CS_FAIL);
+    COM_REQUIRE_PTR(ifile, CS_FAIL);
     if (image_size < SMALLEST_SECOND_CLASS)
         return COM_TRACE(CS_FAIL);
-    CS_BYTE header[HEADER_SIZE];
+    CS_BYTE header[HEADER_SIZE] = {}; // its text need not fill it
     CS_RETCODE status = comn__get_image(context, header, HEADER_SIZE, ifile, CS_FALSE);
     if (status != CS_SUCCEED)
         return COM_TRACE(status);

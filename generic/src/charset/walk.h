@@ -25,6 +25,12 @@ public:
     // Every character is one byte.
     bool is_single_byte() const { return widths_ == nullptr; }
 
+    // The classes of a set whose characters are one byte each and whose normal form is the lower case, as iso_1 and
+    // its like are; null for any other. An entry may still lead to a page.
+    const CHAR_MAP *simple_types() const {
+        return is_single_byte() && norms_ == nullptr && types_ != nullptr ? types_->chmap : nullptr;
+    }
+
     // A character that begins with `first` is one byte, or is walked as one.
     bool is_one_byte(CS_BYTE first) const { return is_single_byte() || low_half(first) <= 1; }
 

@@ -51,7 +51,7 @@ constexpr bool is_big(CS_INT datatype) { return datatype == CS_BIGDATETIME_TYPE 
 // ---- Years and months ----
 
 // A year that 25 divides is leap only if 16 divides it: the centuries that 400 divides.
-constexpr bool is_leap_year(std::int64_t year) { return year % (year % 25 == 0 ? 16 : 4) == 0; }
+constexpr bool is_leap_year(std::int64_t year) { return (year & (year % 25 == 0 ? 15 : 3)) == 0; }
 
 constexpr std::int64_t days_in_year(std::int64_t year) { return is_leap_year(year) ? 366 : 365; }
 
@@ -82,9 +82,10 @@ constexpr CS_INT weekday_of(std::int64_t day) {
 
 // The day number of a day of the year 1 or later.
 constexpr CS_INT day_number(CS_INT year, CS_INT month, CS_INT day_of_month) {
-    const CS_INT past = year - 1;
-    return past * 365 + static_cast<CS_INT>(leap_years_until(past)) + months_of(year)[month].daysum + day_of_month +
-           FIRST_DAY - 1;
+    const CS_UINT past = static_cast<CS_UINT>(year) - 1;
+    const CS_UINT centuries = past / 100;
+    return static_cast<CS_INT>(past * 365 + past / 4 - centuries + centuries / 4) + months_of(year)[month].daysum +
+           day_of_month + FIRST_DAY - 1;
 }
 
 // ---- Big values ----

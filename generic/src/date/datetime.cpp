@@ -11,29 +11,36 @@ namespace {
 
 // Fills the date of a day from the year 1 on, `days` after 0001-01-01.
 //
-// Years are counted from March, so that a leap day ends its year and months have lengths on a straight line:
-// (153 m + 2) / 5 days lie before month m. Divisions by constants are done by multiplying with a scaled inverse; the
-// two constants are exact over the days of an era and of a year.
+// Leap days count as the last of their year here, so that years lie on a straight line in their century, and centuries
+// in 400 years. So do months once February has 30 days: m months have (367 m + 5) / 12. Divisions by constants are
+// done by multiplying with a scaled inverse, whose fraction gives the rest; each is exact over its range. There are no
+// branches: over mixed dates a processor would guess them wrong time and again.
 void crack_common_day(CS_UINT days, CS_DATEREC &record) {
-    constexpr CS_UINT MARCH_TO_NEW_YEAR = 306; // from 0000-03-01 to 0001-01-01
     constexpr CS_UINT DAYS_IN_400_YEARS = 146097;
-    constexpr CS_UINT YEAR_INVERSE = 2939745; // 2^32 / 1461, rounded up
+    constexpr CS_UINT YEAR_INVERSE = 2939745;   // 2^32 / 1461, rounded up
+    constexpr CS_UINT MONTH_INVERSE = 2143;     // 2^16 months in about so many days
+    constexpr CS_UINT MONTH_OFFSET = 1146;      // which makes the line pass between the days
+    constexpr CS_UINT WEEK_INVERSE = 613566757; // 2^32 / 7, rounded up
+    constexpr CS_UINT DAYS_TO_MARCH = 59;       // without a leap day
 
-    const CS_UINT quarters = 4 * (days + MARCH_TO_NEW_YEAR) + 3;
+    const CS_UINT quarters = 4 * days + 3;
     const CS_UINT century = quarters / DAYS_IN_400_YEARS;
     const CS_UINT quarters_of_century = quarters % DAYS_IN_400_YEARS | 3;
     const CS_UBIGINT scaled = static_cast<CS_UBIGINT>(YEAR_INVERSE) * quarters_of_century;
     const CS_UINT year_of_century = static_cast<CS_UINT>(scaled >> 32);
-    const CS_UINT day_from_march = static_cast<CS_UINT>(scaled) / YEAR_INVERSE / 4;
-    const CS_UINT month_and_day = 2141 * day_from_march + 197913; // the month from 3 on, and 65536ths of it
-    const bool new_year = day_from_march >= MARCH_TO_NEW_YEAR;
+    const CS_UINT day_of_year = static_cast<CS_UINT>(scaled) / (YEAR_INVERSE * 4);
+    const CS_UINT leap = ((year_of_century == 99 ? century : year_of_century) & 3) == 3;
 
-    const CS_INT year = static_cast<CS_INT>(100 * century + year_of_century + new_year);
-    record.dateyear = year;
-    record.datemonth = static_cast<CS_INT>(month_and_day >> 16) - (new_year ? 13 : 1);
-    record.datedmonth = static_cast<CS_INT>((month_and_day & 0xFFFF) / 2141 + 1);
-    record.datedyear = static_cast<CS_INT>(day_from_march) +
-                       (new_year ? 1 - static_cast<CS_INT>(MARCH_TO_NEW_YEAR) : 60 + is_leap_year(year));
+    const CS_UINT after_february = day_of_year >= DAYS_TO_MARCH + leap;
+    const CS_UINT day_of_even_year = day_of_year + ((2 - leap) & (0 - after_february));
+    const CS_UINT month_and_day = MONTH_INVERSE * day_of_even_year + MONTH_OFFSET; // the month, and 65536ths of it
+    const CS_UINT week_fraction = (days + 1) * WEEK_INVERSE;                       // 0001-01-01 is a Monday
+
+    record.dateyear = static_cast<CS_INT>(100 * century + year_of_century + 1);
+    record.datemonth = static_cast<CS_INT>(month_and_day >> 16);
+    record.datedmonth = static_cast<CS_INT>((month_and_day & 0xFFFF) / MONTH_INVERSE + 1);
+    record.datedyear = static_cast<CS_INT>(day_of_year + 1);
+    record.datedweek = static_cast<CS_INT>(static_cast<CS_UBIGINT>(week_fraction) * DAYS_A_WEEK >> 32);
 }
 
 // Years from 0001-01-01 to a day behind it. Years come in groups of 4, 100 and 400, the last of each the longer or
@@ -56,6 +63,7 @@ void crack_any_day(std::int64_t days, CS_DATEREC &record) {
         rest -= months[month++].daysinmonth;
     record.datemonth = month;
     record.datedmonth = rest;
+    record.datedweek = weekday_of(days + FIRST_DAY);
 }
 
 void crack_day(CS_INT day, CS_DATEREC &record) {
@@ -63,7 +71,6 @@ void crack_day(CS_INT day, CS_DATEREC &record) {
         crack_common_day(static_cast<CS_UINT>(day - FIRST_DAY), record);
     else
         crack_any_day(static_cast<std::int64_t>(day) - FIRST_DAY, record);
-    record.datedweek = weekday_of(day);
 }
 
 int check_date(const CS_DATEREC &record) {

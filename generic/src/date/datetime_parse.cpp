@@ -10,8 +10,10 @@
 
 #include <dlxcomn/datetext.h>
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
-#include <type_traits>
 
 namespace dlx {
 namespace {
@@ -22,30 +24,57 @@ using Token = struct com__datecrack;
 
 constexpr int LONGEST_WORD = 30;   // bytes
 constexpr int LONGEST_NUMBER = 8;  // digits
-constexpr int LONGEST_CHARACTER = 15;
 constexpr CS_INT POINT = -1;       // the dcvalue of a separator that is a point
 
 constexpr int NUMBER_CLASS[LONGEST_NUMBER + 1] = {DT_ERROR,   DT_NUMBER,   DT_NUMBER, DT_NUMBER,  DT_YEAR4,
                                                   DT_DIGITS5, DT_DIGITS68, DT_ERROR,  DT_DIGITS68};
 
-// The text that is left, and the rules of its character set.
+// The text that is left, and the rules of its character set. With SIMPLE that is a set of Walker::simple_types().
+template <bool SIMPLE>
 class Text {
 public:
-    Text(const Walker &walker, const CS_BYTE *at, CS_INT left) : walker_(walker), at_(at), end_(at + left) {}
+    Text(const Walker &walker, const CS_BYTE *at, CS_INT left)
+        : walker_(walker), types_(walker.simple_types()), at_(at), end_(at + left) {}
 
+    bool is_iso_1() const { return SIMPLE && types_ == ISO_1_type_map.chmap; }
     bool is_at_end() const { return at_ >= end_; }
     const CS_BYTE *position() const { return at_; }
     CS_INT left() const { return static_cast<CS_INT>(end_ - at_); }
 
     // The end of the text cuts the character: its second byte must not be looked at.
-    bool is_cut() const { return !walker_.is_one_byte(*at_) && (left() < 2 || walker_.width(at_) > left()); }
-    CS_BYTE ascii() const { return walker_.to_ascii(at_); }
-    bool is_digit() const { return walker_.type_bits(at_, CS_CT_DIGIT) != 0; }
-    bool is_word_character() const { return (walker_.lex(at_) & CS_LEX_IDENT) != 0; }
-    void step() { at_ += walker_.step(at_); }
+    bool is_cut() const {
+        return !SIMPLE && !walker_.is_one_byte(*at_) && (left() < 2 || walker_.width(at_) > left());
+    }
+    CS_BYTE ascii() const { return SIMPLE ? types_[*at_].char_lower : walker_.to_ascii(at_); }
+    bool is_digit() const { return (type().char_type & CS_CT_DIGIT) != 0; }
+    bool is_word_character() const { return (type().char_lex & CS_LEX_IDENT) != 0; }
+    CS_INT width() const { return SIMPLE ? 1 : walker_.step(at_); }
+    void step() { at_ += width(); }
+    // The normal form of a character that is this byte alone.
+    CS_BYTE folded(CS_BYTE c) const {
+        const CS_BYTE ascii = SIMPLE ? types_[c].char_lower : walker_.single_byte_to_ascii(c);
+        return ascii != 0 ? ascii : c;
+    }
+    // The name begins with a character of one byte that the word does not begin with.
+    bool begins_otherwise(const char *name, CS_BYTE word) const {
+        const CS_BYTE first = static_cast<CS_BYTE>(*name);
+        return (SIMPLE || walker_.is_one_byte(first)) && folded(first) != word;
+    }
 
 private:
+    // The class of a one-byte character, too, may hang on a second byte. Behind the last byte of the text a zero byte
+    // stands for it.
+    const CHAR_MAP &type() const {
+        if (SIMPLE && (types_[*at_].char_type & CS_CT_ROW) == 0)
+            return types_[*at_];
+        if (left() > 1)
+            return walker_.type(at_);
+        const CS_BYTE last[2] = {*at_, 0};
+        return walker_.type(last);
+    }
+
     const Walker &walker_;
+    const CHAR_MAP *types_;
     const CS_BYTE *at_;
     const CS_BYTE *end_;
 };
@@ -53,60 +82,71 @@ private:
 bool is_ascii_digit(CS_BYTE c) { return c >= '0' && c <= '9'; }
 
 // Takes all digits, also those behind the longest number there is.
+template <class Text>
 int take_number(Text &text, Token &token) {
-    CS_INT value = 0;
+    CS_UINT value = 0; // of too many digits it is not looked at
     int digits = 0;
-    bool is_decimal = true;
+    bool is_number = true;
     for (; !text.is_at_end() && !text.is_cut() && text.is_digit(); text.step()) {
         const CS_BYTE c = text.ascii();
-        is_decimal = is_decimal && is_ascii_digit(c);
-        if (++digits <= LONGEST_NUMBER)
-            value = value * 10 + (c - '0');
-        else
-            digits = LONGEST_NUMBER + 1;
+        is_number &= is_ascii_digit(c);
+        value = value * 10 + static_cast<CS_UINT>(c - '0');
+        ++digits;
     }
-    if (digits > LONGEST_NUMBER || !is_decimal)
+    if (!is_number || digits > LONGEST_NUMBER)
         return DT_ERROR;
     token.dclength = digits;
-    token.dcvalue = value;
+    token.dcvalue = static_cast<CS_INT>(value);
     return NUMBER_CLASS[digits];
 }
 
 // A word in normal form.
 struct Word {
-    CS_BYTE bytes[LONGEST_WORD + LONGEST_CHARACTER];
+    CS_BYTE bytes[LONGEST_WORD];
     CS_INT length;
 };
 
-// A character that the end of the word cuts is filled up with NULs, so that nothing behind the word is read.
+// False for what is in no list: a word that is too long, or whose last character the length cuts.
 bool normalize_word(const Walker &walker, const char *word, int length, Word &normal) {
     if (length > LONGEST_WORD)
         return false;
-    CS_BYTE padded[LONGEST_WORD + LONGEST_CHARACTER] = {};
-    if (length > 0)
-        std::memcpy(padded, word, static_cast<std::size_t>(length));
+    length = std::max(length, 0);
+    CS_BYTE padded[LONGEST_WORD + 1] = {}; // a width may hang on a second byte, which is not looked for behind the word
+    std::memcpy(padded, word, static_cast<std::size_t>(length));
+    if (whole_characters(walker, padded, padded + length).before_end != 0)
+        return false;
     normal.length = normalize(walker, padded, length, normal.bytes);
     return true;
 }
 
-// Compares while it normalizes: most names differ in their first character.
-bool is_name(const Walker &walker, const CS_BYTE *name, const Word &word) {
-    CS_INT matched = 0;
-    while (*name != '\0') {
-        if (matched >= word.length)
+// The character ends in front of the name's NUL.
+bool is_whole(const CS_BYTE *at, CS_INT bytes) {
+    for (CS_INT i = 1; i < bytes; ++i)
+        if (at[i] == '\0')
             return false;
-        const CS_INT bytes = walker.step(name);
-        if (const CS_BYTE ascii = walker.to_ascii(name)) {
+    return true;
+}
+
+// Compares while it normalizes: most names differ in their first character. A name that is too long for a word, or
+// that ends inside a character, matches none.
+bool is_name(const Walker &walker, const CS_BYTE *name, const Word &word) {
+    const CS_BYTE *at = name;
+    CS_INT matched = 0;
+    while (*at != '\0') {
+        const CS_INT bytes = walker.step(at);
+        if (matched == word.length || !is_whole(at, bytes))
+            return false;
+        if (const CS_BYTE ascii = walker.to_ascii(at)) {
             if (word.bytes[matched++] != ascii)
                 return false;
-            name += bytes;
-            continue;
+        } else {
+            for (CS_INT i = 0; i < bytes; ++i)
+                if (matched == word.length || word.bytes[matched++] != at[i])
+                    return false;
         }
-        for (CS_INT i = 0; i < bytes; ++i)
-            if (matched >= word.length || word.bytes[matched++] != *name++)
-                return false;
+        at += bytes;
     }
-    return matched == word.length;
+    return matched == word.length && at - name <= LONGEST_WORD;
 }
 
 int find_name(const Walker &walker, const Word &word, char **list, int count) {
@@ -116,32 +156,86 @@ int find_name(const Walker &walker, const Word &word, char **list, int count) {
     return -1;
 }
 
+// The same for a word of the text, which has a first character. Most names are told apart by theirs.
+template <class Text>
+int find_name(const Walker &walker, const Text &text, const Word &word, char **list, int count) {
+    const CS_BYTE first = word.bytes[0];
+    for (int i = 0; i < count; ++i)
+        if (!text.begins_otherwise(list[i], first) &&
+            is_name(walker, reinterpret_cast<const CS_BYTE *>(list[i]), word))
+            return i;
+    return -1;
+}
+
+// The English month that three letters begin, if they begin one: found by their product with a number that gives each
+// month a place of its own.
+constexpr CS_UINT MONTH_HASH = 0x3B6FE507;
+constexpr int MONTH_LETTERS = 3;
+
+constexpr unsigned month_place(CS_BYTE first, CS_BYTE second, CS_BYTE third) {
+    return ((first | static_cast<CS_UINT>(second) << 8 | static_cast<CS_UINT>(third) << 16) * MONTH_HASH) >> 28;
+}
+
+constexpr std::array<CS_BYTE, 16> month_places() {
+    constexpr const char *LETTERS = "janfebmaraprmayjunjulaugsepoctnovdec";
+    std::array<CS_BYTE, 16> places = {};
+    for (int month = 0; month < MONTHS_A_YEAR; ++month) {
+        const char *const at = LETTERS + month * MONTH_LETTERS;
+        places[month_place(static_cast<CS_BYTE>(at[0]), static_cast<CS_BYTE>(at[1]), static_cast<CS_BYTE>(at[2]))] =
+            static_cast<CS_BYTE>(month);
+    }
+    return places;
+}
+
+// The month of a word. In iso_1 the English names are guessed from three letters before the lists are gone through; a
+// guess counts only if the lists bear it out. (In another set two of the names may be alike, and the first one counts.)
+template <class Text>
+int find_month(const Walker &walker, const Text &text, const Word &word, char **mths, char **shortmths) {
+    static constexpr std::array<CS_BYTE, 16> PLACES = month_places();
+    const bool is_english = mths == com__get_months() && shortmths == com__get_shortmonths();
+    if (is_english && text.is_iso_1() && word.length >= MONTH_LETTERS) {
+        const int month = PLACES[month_place(word.bytes[0], word.bytes[1], word.bytes[2])];
+        char *const name = word.length == MONTH_LETTERS ? shortmths[month] : mths[month];
+        if (is_name(walker, reinterpret_cast<const CS_BYTE *>(name), word))
+            return month;
+    }
+    const int month = find_name(walker, text, word, mths, MONTHS_A_YEAR);
+    return month >= 0 ? month : find_name(walker, text, word, shortmths, MONTHS_A_YEAR);
+}
+
+template <class Text>
 int take_word(const Walker &walker, Text &text, Token &token, char **mths, char **shortmths) {
     const CS_BYTE *const start = text.position();
-    int characters = 0;
-    for (; !text.is_at_end() && !text.is_cut() && text.is_word_character(); text.step())
-        ++characters;
-
     Word word;
-    if (!normalize_word(walker, reinterpret_cast<const char *>(start), static_cast<int>(text.position() - start), word))
+    word.length = 0;
+    int characters = 0;
+    for (; !text.is_at_end() && !text.is_cut() && text.is_word_character(); text.step()) {
+        ++characters;
+        const CS_INT bytes = text.width();
+        if (text.position() + bytes - start > LONGEST_WORD)
+            continue; // in no list: only its end is looked for
+        if (const CS_BYTE ascii = text.ascii()) {
+            word.bytes[word.length++] = ascii;
+        } else {
+            std::memcpy(word.bytes + word.length, text.position(), static_cast<std::size_t>(bytes));
+            word.length += bytes;
+        }
+    }
+    if (text.position() - start > LONGEST_WORD)
         return DT_ERROR;
     if (characters == 2) {
-        token.dcvalue = find_name(walker, word, com__get_ampm(), 2);
+        token.dcvalue = find_name(walker, text, word, com__get_ampm(), 2);
         if (token.dcvalue >= 0)
             return DT_AMPM;
     }
-    token.dcvalue = -1;
-    if (mths != nullptr && shortmths != nullptr) {
-        token.dcvalue = find_name(walker, word, mths, MONTHS_A_YEAR);
-        if (token.dcvalue < 0)
-            token.dcvalue = find_name(walker, word, shortmths, MONTHS_A_YEAR);
-    }
+    token.dcvalue = mths != nullptr && shortmths != nullptr ? find_month(walker, text, word, mths, shortmths) : -1;
     if (token.dcvalue >= 0)
         return DT_MONTH;
     token.dcvalue = 0;
     return DT_ERROR;
 }
 
+template <class Text>
 int take_token(const Walker &walker, Text &text, Token &token, char **mths, char **shortmths) {
     token = {DT_ERROR, 0, 0};
     while (!text.is_at_end() && !text.is_cut()) {
@@ -150,6 +244,8 @@ int take_token(const Walker &walker, Text &text, Token &token, char **mths, char
             text.step();
             continue;
         }
+        if (is_ascii_digit(c) && text.is_digit())
+            return token.dctoken = take_number(text, token);
         switch (c) {
         case '/':
         case '-':
@@ -182,27 +278,31 @@ int take_token(const Walker &walker, Text &text, Token &token, char **mths, char
 
 // ---- Resolver ----
 
-// The tokens of a text. An index is always that of a token before DT_END, so the one behind it can be looked at.
+// The tokens of a text, with a bit for each at its index: of each class, and of all that are not used. An index is
+// always that of a token before DT_END, so the one behind it can be looked at.
 class TokenList {
 public:
     // False for a text with a word that is none, or with too many tokens.
-    bool read(const Walker &walker, Text &text, char **mths, char **shortmths) {
+    template <class Text>
+    bool read(const Walker &walker, Text text, char **mths, char **shortmths) {
+        unsigned bit = 1;
         for (Token &token : tokens_) {
-            switch (take_token(walker, text, token, mths, shortmths)) {
-            case DT_END:
+            const int kind = take_token(walker, text, token, mths, shortmths);
+            if (kind == DT_END) {
+                unused_ = bit - 1;
                 return true;
-            case DT_ERROR:
-                return false;
-            default:
-                break;
             }
+            if (kind == DT_ERROR)
+                return false;
+            of_class_[kind] |= bit;
+            bit <<= 1;
         }
         return false;
     }
 
-    int find(int token) { return findtoken(tokens_, token); }
+    int find(int token) const { return of_class_[token] != 0 ? std::countr_zero(of_class_[token]) : -1; }
     // An index above 0 of the first token of a class, else -1: what stands in front of all has nothing before it.
-    int find_inside(int token) {
+    int find_inside(int token) const {
         const int index = find(token);
         return index > 0 ? index : -1;
     }
@@ -210,6 +310,9 @@ public:
     bool is(int index, int token) const { return tokens_[index].dctoken == token; }
 
     CS_INT take(int index) {
+        const unsigned bit = 1u << index;
+        of_class_[tokens_[index].dctoken] &= ~bit;
+        unused_ &= ~bit;
         tokens_[index].dctoken = DT_USED;
         return tokens_[index].dcvalue;
     }
@@ -219,11 +322,13 @@ public:
         take(index);
         return true;
     }
-    bool all_used() { return find(-DT_USED) < 0; }
-    bool all_used_from(int index) { return findtoken(tokens_ + index, -DT_USED) < 0; }
+    bool all_used() const { return unused_ == 0; }
+    bool all_used_from(int index) const { return unused_ >> index == 0; }
 
 private:
     Token tokens_[DATE_MAXTOKENS + 1];
+    unsigned of_class_[DT_DIGITS5 + 1] = {};
+    unsigned unused_ = 0;
 };
 
 constexpr int RESOLVED = 0;
@@ -441,6 +546,83 @@ int resolve_run_together(TokenList &tokens, int digits, CS_DATEREC &parts) {
     return RESOLVED;
 }
 
+// ---- The form of programs ----
+//
+// 2003-01-02 10:30:15.123, with "/" for "-" or with a T, is what programs write. Its tokens need no classing: they mean
+// the same whatever the order, but for the one that has the day in front of the month.
+
+// The value of so many ASCII digits, or -1.
+template <int DIGITS>
+CS_INT number_at(const CS_BYTE *at) {
+    CS_INT value = 0;
+    bool is_number = true;
+    for (int i = 0; i < DIGITS; ++i) {
+        is_number &= is_ascii_digit(at[i]);
+        value = value * 10 + (at[i] - '0');
+    }
+    return is_number ? value : -1;
+}
+
+bool is_date_mark(CS_BYTE c) { return c == '-' || c == '/'; }
+
+// The digits and marks of the form are themselves in this set.
+bool has_ascii_marks(const Walker &walker) {
+    if (walker.simple_types() == ISO_1_type_map.chmap)
+        return true;
+    for (const CS_BYTE mark : {'-', '/', ' ', ':', '.'})
+        if (!walker.stands_for_itself(mark))
+            return false;
+    for (CS_BYTE digit = '0'; digit <= '9'; ++digit) {
+        const CS_BYTE text[2] = {digit, 0};
+        if (!walker.stands_for_itself(digit) || walker.has_second_level(text) ||
+            walker.type_bits(text, CS_CT_DIGIT) == 0)
+            return false;
+    }
+    const CS_BYTE t = walker.single_byte_to_ascii('T');
+    return walker.is_one_byte('T') && (t == 'T' || t == 't');
+}
+
+// Whether the text has the form; then the record is that of xdaterecfromchar.
+bool read_program_form(const Walker &walker, const CS_BYTE *at, CS_INT length, CS_INT dt_type, CS_DATEREC &parts,
+                       CS_BOOL &truncated) {
+    constexpr CS_INT WITHOUT_FRACTION = 19;
+    constexpr CS_INT MOST_DECIMALS = 6;
+    const CS_INT decimals = length - WITHOUT_FRACTION - 1;
+    if (length < WITHOUT_FRACTION || decimals == 0 || decimals > MOST_DECIMALS)
+        return false;
+    if (!is_date_mark(at[4]) || !is_date_mark(at[7]) || (at[10] != ' ' && at[10] != 'T') || at[13] != ':' ||
+        at[16] != ':')
+        return false;
+    const CS_INT year = number_at<4>(at), month = number_at<2>(at + 5), day = number_at<2>(at + 8);
+    const CS_INT hour = number_at<2>(at + 11), minute = number_at<2>(at + 14), second = number_at<2>(at + 17);
+    if ((year | month | day | hour | minute | second) < 0)
+        return false;
+    Token fraction = {DT_NUMBER, 0, 0};
+    if (decimals > 0) {
+        if (at[WITHOUT_FRACTION] != '.')
+            return false;
+        for (CS_INT i = WITHOUT_FRACTION + 1; i < length; ++i) {
+            if (!is_ascii_digit(at[i]))
+                return false;
+            fraction.dcvalue = fraction.dcvalue * 10 + (at[i] - '0');
+        }
+        fraction.dclength = decimals;
+    }
+    if (!has_ascii_marks(walker))
+        return false;
+    parts.dateyear = year;
+    parts.datemonth = month - 1;
+    parts.datedmonth = day;
+    parts.datehour = hour;
+    parts.dateminute = minute;
+    parts.datesecond = second;
+    if (decimals > 0)
+        set_fraction(micros_of_fraction(fraction), dt_type, parts, truncated); // of six digits it never fails
+    return true;
+}
+
+// ---- Dates ----
+
 int no_date(TokenList &tokens) { return tokens.all_used() ? DATE_TIMEONLY : DATE_LEFTOVER; }
 
 int resolve_date(TokenList &tokens, int partonly, int style, int order, CS_DATEREC &parts) {
@@ -511,7 +693,7 @@ int findtoken(struct com__datecrack *dc, int token) {
 
 int datetoken(char **cpp, int *lenp, struct com__datecrack *dc, char **mths, char **shortmths, CHAR_ATTRIB *chatr) {
     const Walker walker(chatr);
-    Text text(walker, reinterpret_cast<const CS_BYTE *>(*cpp), *lenp);
+    Text<false> text(walker, reinterpret_cast<const CS_BYTE *>(*cpp), *lenp);
     const int token = take_token(walker, text, *dc, mths, shortmths);
     *cpp += text.position() - reinterpret_cast<const CS_BYTE *>(*cpp);
     *lenp = text.left();
@@ -522,15 +704,22 @@ int xdaterecfromchar(CS_DATEREC *parts, char *origcp, int origlen, int partonly,
                      char **shortmths, CHAR_ATTRIB *chatr, CS_INT dt_type, CS_BOOL *truncated) {
     *truncated = CS_FALSE;
     const Walker walker(chatr);
-    Text text(walker, reinterpret_cast<const CS_BYTE *>(origcp), origlen);
-    TokenList tokens;
-    if (!tokens.read(walker, text, mths, shortmths))
-        return DATE_SYNTAX;
-
+    const CS_BYTE *const start = reinterpret_cast<const CS_BYTE *>(origcp);
     parts->datehour = parts->dateminute = parts->datesecond = parts->datemsecond = 0;
     parts->datesecfrac = parts->datesecprec = 0;
     parts->datemonth = 0;
     parts->datedmonth = 1;
+    const bool by_order = rule_of(style).order == CALLERS_ORDER && places_of(order) != nullptr;
+    if (by_order && order != DATEORDER_YDM && partonly != DATEWANT_TIMEONLY &&
+        read_program_form(walker, start, origlen, dt_type, *parts, *truncated))
+        return RESOLVED;
+
+    TokenList tokens;
+    const bool is_read = walker.simple_types() != nullptr
+                             ? tokens.read(walker, Text<true>(walker, start, origlen), mths, shortmths)
+                             : tokens.read(walker, Text<false>(walker, start, origlen), mths, shortmths);
+    if (!is_read)
+        return DATE_SYNTAX;
     if (const int code = resolve_time(tokens, dt_type, *parts, *truncated))
         return code;
     return partonly == DATEWANT_TIMEONLY ? no_date(tokens) : resolve_date(tokens, partonly, style, order, *parts);

@@ -202,11 +202,12 @@ constexpr DigitPairs digit_pairs() {
 
 constexpr DigitPairs PAIRS = digit_pairs();
 
-CS_UINT magnitude(int value) { return value < 0 ? 0u - static_cast<CS_UINT>(value) : static_cast<CS_UINT>(value); }
+// Of a field of a record, or one more than that.
+CS_UINT magnitude(CS_BIGINT value) { return static_cast<CS_UINT>(value < 0 ? -value : value); }
 
 // The lowest digits of `value`, as many as fit, behind zeros.
 template <int Width>
-char *put_zero_padded(char *to, int value) {
+char *put_zero_padded(char *to, CS_BIGINT value) {
     CS_UINT rest = magnitude(value);
     int at = Width;
     for (; at >= 2; at -= 2, rest /= 100)
@@ -229,8 +230,9 @@ int milliseconds_of(const CS_DATEREC &record, bool is_micro) {
     return is_micro ? static_cast<int>((static_cast<CS_BIGINT>(record.datesecfrac) + 500) / 1000) : record.datemsecond;
 }
 
-int micros_of(const CS_DATEREC &record, bool is_micro) {
-    return is_micro ? record.datesecfrac : static_cast<int>(static_cast<CS_BIGINT>(record.datemsecond) * 1000);
+// The six digits that are shown of them: of milliseconds only three reach them.
+CS_INT micros_of(const CS_DATEREC &record, bool is_micro) {
+    return is_micro ? record.datesecfrac : record.datemsecond % 1000 * 1000;
 }
 
 char *put_piece(char *to, unsigned char piece, const CS_DATEREC &record, char **shortmths, bool is_micro) {
@@ -242,7 +244,7 @@ char *put_piece(char *to, unsigned char piece, const CS_DATEREC &record, char **
     case DAY_BLANK:
         return put_blank_padded2(to, record.datedmonth);
     case MONTH:
-        return put_zero_padded<2>(to, record.datemonth + 1);
+        return put_zero_padded<2>(to, static_cast<CS_BIGINT>(record.datemonth) + 1);
     case YEAR2:
         return put_zero_padded<2>(to, record.dateyear);
     case YEAR4:

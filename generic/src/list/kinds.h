@@ -4,6 +4,8 @@
 
 #include "list/records.h"
 
+#include <cstdint>
+
 namespace dlx {
 
 constexpr CS_INT UNASSIGNED_TYPE_15 = 15; // a hole in the numbers: a broken contract wherever it is met
@@ -35,6 +37,33 @@ inline CS_PRINT_FUNC function_of(const LM_HANDLE *handle, CS_INT operation, cons
     if (data_in != nullptr)
         std::memcpy(&function, data_in, sizeof function);
     return function;
+}
+
+// Nodes that follow one another in a list or a pool lie near each other, but not in the order of their addresses:
+// allocators hand memory out again in short runs that go back and forth, and processors do not foresee those. So
+// whoever goes from node to node asks for what lies a little ahead on either side; no address is wrong for that.
+enum Purpose { FOR_READING, FOR_WRITING };
+template <Purpose PURPOSE>
+inline void fetch_around(const DLinkNode *node) {
+    constexpr std::uintptr_t AHEAD = 8 * 64; // eight nodes, as a general allocator spaces them
+    const auto address = reinterpret_cast<std::uintptr_t>(node);
+    __builtin_prefetch(reinterpret_cast<const void *>(address + AHEAD), PURPOSE);
+    __builtin_prefetch(reinterpret_cast<const void *>(address - AHEAD), PURPOSE);
+}
+
+// The first node of a pool that is not empty.
+inline DLinkNode *take_from_pool(LM_HANDLE *handle) {
+    DLinkNode *node = handle->free_DLN_list;
+    fetch_around<FOR_WRITING>(node);
+    handle->free_DLN_list = node->next;
+    --handle->free_nodes;
+    node->next = nullptr;
+    return node;
+}
+
+// A node for a new entry, or null where there is no memory.
+inline DLinkNode *get_node(LM_HANDLE *handle) {
+    return handle->free_nodes >= 1 ? take_from_pool(handle) : memory_of(handle).take_record<DLinkNode>();
 }
 
 CS_RETCODE drop_dlink(LM_HANDLE *handle);

@@ -13,17 +13,9 @@ void rest(LM_HANDLE *handle, DLinkNode *node) {
     ++handle->free_nodes;
 }
 
-DLinkNode *take_from_pool(LM_HANDLE *handle) {
-    DLinkNode *node = handle->free_DLN_list;
-    handle->free_DLN_list = node->next;
-    --handle->free_nodes;
-    node->next = nullptr;
-    return node;
-}
-
 void empty_pool(LM_HANDLE *handle, CS_INT count) {
     for (; count > 0 && handle->free_DLN_list != nullptr; --count)
-        dlx::memory_of(handle).give_back_record(take_from_pool(handle));
+        dlx::memory_of(handle).give_back_record(dlx::take_from_pool(handle));
 }
 
 } // namespace
@@ -31,7 +23,7 @@ void empty_pool(LM_HANDLE *handle, CS_INT count) {
 CS_RETCODE lm__get_dlinknode(LM_HANDLE *handle, DLinkNode **node) {
     COM_REQUIRE_PTR(handle, CS_FAIL);
     COM_REQUIRE_PTR(node, CS_FAIL);
-    *node = handle->free_nodes >= 1 ? take_from_pool(handle) : dlx::memory_of(handle).take_record<DLinkNode>();
+    *node = dlx::get_node(handle);
     return *node != nullptr ? CS_SUCCEED : COM_TRACE(CS_MEM_ERROR);
 }
 

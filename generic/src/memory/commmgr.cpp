@@ -139,6 +139,12 @@ CS_RETCODE comn_mmmanage(CS_VOID *buffer, CS_INT buflen, MM_HANDLE **mmh) {
 
 namespace {
 
+// The end of a pool whose kind nobody serves.
+[[gnu::noinline]] CS_RETCODE wrong_type() {
+    com_bomb(__FILE__, __LINE__);
+    return COM_TRACE(CS_FAIL);
+}
+
 // What a live pool of these kinds serves without asking its store; null for all else.
 CS_VOID *take_at_once(MM_HANDLE *mmh, CS_INT size) {
     if (mmh->mmh_type == MM_ALLOCONLY)
@@ -155,8 +161,7 @@ CS_RETCODE allocate(MM_HANDLE *mmh, CS_INT size, CS_VOID **buffer) {
     case MM_ALLOCONLY:
         return com___alloconly_malloc(mmh, size, buffer);
     default:
-        com_bomb(__FILE__, __LINE__);
-        return COM_TRACE(CS_FAIL);
+        return wrong_type();
     }
 }
 
@@ -168,12 +173,11 @@ CS_RETCODE reallocate(MM_HANDLE *mmh, CS_INT size, CS_VOID **buffer) {
     case MM_ALLOCONLY:
         return COM_TRACE(CS_FAIL);
     default:
-        com_bomb(__FILE__, __LINE__);
-        return COM_TRACE(CS_FAIL);
+        return wrong_type();
     }
 }
 
-CS_RETCODE release(MM_HANDLE *mmh, CS_VOID *buf) {
+inline CS_RETCODE release(MM_HANDLE *mmh, CS_VOID *buf) {
     const MmHeap *chunk = find_chunk(mmh, buf);
     COM_REQUIRE(chunk != nullptr && is_aligned(buf), CS_FAIL);
     // No block begins in the chunk's record.
@@ -187,17 +191,22 @@ CS_RETCODE release(MM_HANDLE *mmh, CS_VOID *buf) {
     case MM_ALLOCONLY:
         return COM_TRACE(CS_FAIL); // its memory goes with the pool
     default:
-        com_bomb(__FILE__, __LINE__);
-        return COM_TRACE(CS_FAIL);
+        return wrong_type();
     }
 }
 
+// Its own end of an allocation, so that those that need no call keep no stack for one.
+[[gnu::noinline]] CS_RETCODE clear_large(CS_VOID *memory, CS_INT size) {
+    std::memset(memory, 0, static_cast<std::size_t>(size));
+    return CS_SUCCEED;
+}
+
 // A block holds at least 8 bytes. Most are small, and a call of memset would take longer than their zeros.
-void clear(CS_VOID *memory, CS_INT size) {
+inline CS_RETCODE clear(CS_VOID *memory, CS_INT size) {
     constexpr int WORD = 16;
     CS_BYTE *end = bytes_of(memory) + size;
     if (size > 8 * WORD) {
-        std::memset(memory, 0, static_cast<std::size_t>(size));
+        return clear_large(memory, size);
     } else if (size > 4 * WORD) {
         std::memset(memory, 0, 4 * WORD);
         std::memset(end - 4 * WORD, 0, 4 * WORD);
@@ -213,6 +222,7 @@ void clear(CS_VOID *memory, CS_INT size) {
     } else if (size > 0) {
         std::memset(memory, 0, WORD / 2);
     }
+    return CS_SUCCEED;
 }
 
 [[gnu::noinline]] CS_RETCODE allocate_locked(MM_HANDLE *mmh, CS_INT size, CS_VOID **buffer) {
@@ -226,8 +236,14 @@ void clear(CS_VOID *memory, CS_INT size) {
     if (status != CS_SUCCEED)
         return COM_TRACE(status);
     // Outside the lock: the block is the caller's already, and clearing it takes the longest.
-    clear(*buffer, size);
-    return CS_SUCCEED;
+    return clear(*buffer, size);
+}
+
+[[gnu::noinline]] CS_RETCODE release_locked(MM_HANDLE *mmh, CS_VOID *buf) {
+    COM_REQUIRE(lock(mmh) == CS_SUCCEED, CS_FAIL);
+    const CS_RETCODE status = release(mmh, buf);
+    unlock(mmh);
+    return status;
 }
 
 } // namespace
@@ -236,13 +252,11 @@ CS_RETCODE comn_mmalloc(MM_HANDLE *mmh, CS_INT size, CS_VOID **buffer) {
     COM_REQUIRE_PTR(mmh, CS_FAIL);
     COM_REQUIRE_PTR(buffer, CS_FAIL);
     COM_REQUIRE(size >= 0, CS_FAIL);
-    const MmPoolHead *head = mmh->mmh_head;
-    CS_VOID *memory = head != nullptr && head->mph_lock == nullptr ? take_at_once(mmh, size) : nullptr;
+    CS_VOID *memory = is_live(mmh) && mmh->mmh_head->mph_lock == nullptr ? take_at_once(mmh, size) : nullptr;
     if (memory == nullptr) [[unlikely]]
         return allocate_locked(mmh, size, buffer);
     *buffer = memory;
-    clear(memory, size);
-    return CS_SUCCEED;
+    return clear(memory, size);
 }
 
 CS_RETCODE comn_mmrealloc(MM_HANDLE *mmh, CS_INT size, CS_VOID **buffer) {
@@ -261,10 +275,7 @@ CS_RETCODE comn_mmfree(MM_HANDLE *mmh, CS_VOID *buf) {
     COM_REQUIRE_PTR(mmh, CS_FAIL);
     COM_REQUIRE_PTR(buf, CS_FAIL);
     COM_REQUIRE(is_live(mmh), CS_FAIL);
-    COM_REQUIRE(lock(mmh) == CS_SUCCEED, CS_FAIL);
-    const CS_RETCODE status = release(mmh, buf);
-    unlock(mmh);
-    return status;
+    return mmh->mmh_head->mph_lock == nullptr ? release(mmh, buf) : release_locked(mmh, buf);
 }
 
 CS_RETCODE comn_mmdiag(MM_HANDLE * /*mmh*/) {

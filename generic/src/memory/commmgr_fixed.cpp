@@ -90,10 +90,6 @@ CS_RETCODE com___uniform_malloc(MM_HANDLE *mmh, CS_INT size, CS_VOID **buffer) {
     COM_REQUIRE_PTR(mmh, CS_FAIL);
     COM_REQUIRE_PTR(buffer, CS_FAIL);
     COM_REQUIRE(size >= 0, CS_FAIL);
-    if (CS_VOID *node = take_node(mmh, size)) {
-        *buffer = node;
-        return CS_SUCCEED;
-    }
     MmUniformPool &pool = mmh->mmh_pool.u;
     const bool first = !is_live(mmh);
     if (!first && size != pool.uniform_size)
@@ -141,6 +137,6 @@ CS_RETCODE com___alloconly_malloc(MM_HANDLE *mmh, CS_INT size, CS_VOID **buffer)
             return COM_TRACE(status);
         area = pool.free->free;
     }
-    *buffer = take_from_area(area, r);
+    *buffer = take_from_area(area, static_cast<CS_UINT>(r));
     return CS_SUCCEED;
 }

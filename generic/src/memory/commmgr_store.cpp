@@ -52,31 +52,28 @@ CS_VOID *first_fit(MM_HANDLE *mmh, CS_INT r) {
     return nullptr;
 }
 
+std::ptrdiff_t place_of(const MmPoolHead *head, const MmHeap *chunk) {
+    return static_cast<std::ptrdiff_t>(address_of(chunk) - address_of(head->mph_origin)) / POOL_ALIGNMENT;
+}
+
 void enter_in_chain(MmPoolHead *head, MmHeap *chunk) {
-    MmHeap *&first = chain_of(head, range_of(chunk));
-    const std::ptrdiff_t distance =
-        first == nullptr ? 0 : (bytes_of(first) - bytes_of(chunk)) / std::ptrdiff_t{POOL_ALIGNMENT};
-    if (distance != static_cast<std::int32_t>(distance))
-        return; // too far from the others
-    chain_link(chunk) = static_cast<std::int32_t>(distance);
-    first = chunk;
+    if (head->mph_origin == nullptr)
+        head->mph_origin = bytes_of(chunk) - POOL_ALIGNMENT; // so that this chunk stands at 1
+    const std::ptrdiff_t place = place_of(head, chunk);
+    if (place == 0 || place != static_cast<CS_INT>(place))
+        return; // a place that means none, or too far from the others
+    CS_INT &first = chain_of(head, range_of(chunk));
+    chain_link(chunk) = first;
+    first = static_cast<CS_INT>(place);
 }
 
 void remove_from_chain(MmPoolHead *head, MmHeap *chunk) {
-    MmHeap *&first = chain_of(head, range_of(chunk));
-    if (first == chunk) {
-        first = next_of_chain(chunk);
-        return;
-    }
-    for (MmHeap *before = first; before != nullptr; before = next_of_chain(before)) {
-        if (next_of_chain(before) != chunk)
-            continue;
-        // Where the way past the chunk is too long, the rest of the chain is found in the list of all alone.
-        const MmHeap *after = next_of_chain(chunk);
-        const std::ptrdiff_t distance =
-            after == nullptr ? 0 : (reinterpret_cast<const CS_BYTE *>(after) - bytes_of(before)) / POOL_ALIGNMENT;
-        chain_link(before) = distance == static_cast<std::int32_t>(distance) ? static_cast<std::int32_t>(distance) : 0;
-        return;
+    const std::ptrdiff_t place = place_of(head, chunk);
+    for (CS_INT *link = &chain_of(head, range_of(chunk)); *link != 0; link = &chain_link(chunk_at(head, *link))) {
+        if (*link == place) {
+            *link = chain_link(chunk);
+            return;
+        }
     }
 }
 
@@ -98,6 +95,19 @@ void release_if_free(MM_HANDLE *mmh, MmHeap *chunk) {
 }
 
 } // namespace
+
+MmHeap *dlx::search_chunk(const MM_HANDLE *mmh, const void *address) {
+    MmPoolHead *head = mmh->mmh_head;
+    const std::uintptr_t range = range_of(address);
+    for (std::uintptr_t back = 0; back < RANGES_TOUCHED; ++back)
+        for (CS_INT place = chain_of(head, range - back); place != 0; place = chain_link(chunk_at(head, place)))
+            if (is_inside(address, chunk_at(head, place)))
+                return chunk_at(head, place);
+    for (MmHeap *chunk = head->mph_heap; chunk != nullptr; chunk = chunk->next)
+        if (is_inside(address, chunk))
+            return chunk;
+    return nullptr;
+}
 
 CS_RETCODE com___addheap(MM_HANDLE *mmh, CS_VOID *buffer, CS_INT buflen, CS_INT status) {
     COM_REQUIRE_PTR(mmh, CS_FAIL);

@@ -127,15 +127,18 @@ using namespace dlx;
 CS_RETCODE comn__encode_oid(CS_CONTEXT *context, CsOID *oid) {
     (void)context;
     COM_REQUIRE_PTR(oid, CS_FAIL);
+    COM_REQUIRE_PTR(oid->oidstring, CS_FAIL);
+    COM_REQUIRE(oid->oidnamelen >= 0, CS_FAIL);
     const std::size_t length = static_cast<std::size_t>(oid->oidnamelen);
     CS_CHAR *const text = static_cast<CS_CHAR *>(std::malloc(length + 1));
     CS_BYTE *const ber = static_cast<CS_BYTE *>(std::calloc(1, CS_OID_BERSIZE));
     CS_RETCODE status = CS_MEM_ERROR;
+    CS_INT ber_length = 0;
     if (text != nullptr && ber != nullptr) {
         std::memcpy(text, oid->oidstring, length);
         text[length] = '\0';
-        oid->oidberlen = encode(text, ber);
-        status = oid->oidberlen > 0 ? CS_SUCCEED : CS_FAIL;
+        ber_length = encode(text, ber);
+        status = ber_length > 0 ? CS_SUCCEED : CS_FAIL;
     }
     std::free(text);
     if (status != CS_SUCCEED) {
@@ -143,12 +146,14 @@ CS_RETCODE comn__encode_oid(CS_CONTEXT *context, CsOID *oid) {
         return COM_TRACE(status);
     }
     oid->oidber = ber;
+    oid->oidberlen = ber_length;
     return CS_SUCCEED;
 }
 
 CS_RETCODE comn__new_oid(CS_CONTEXT *context, CS_CHAR *oidstring, CS_INT len, CsOID **oidp) {
     COM_REQUIRE_PTR(oidstring, CS_FAIL);
     COM_REQUIRE_PTR(oidp, CS_FAIL);
+    COM_REQUIRE(len >= 0, CS_FAIL);
     *oidp = nullptr;
     CsOID *const oid = static_cast<CsOID *>(std::calloc(1, sizeof(CsOID)));
     if (oid == nullptr)

@@ -3,7 +3,7 @@
 #include "diag/check.h"
 #include "oid/table.h"
 
-#include <algorithm>
+#include <dlxcomn/locale.h>
 
 namespace dlx {
 namespace {
@@ -92,6 +92,21 @@ CS_RETCODE comn_oid_to_tds(CS_CONTEXT *context, CsOID *oid, CS_INT *tdsval) {
         return COM_TRACE(status);
     name[length] = '\0';
     return comn_string_to_id(context, Com__tds_lclname_map, name, tdsval);
+}
+
+CS_RETCODE comn_locale_to_oid(CS_CONTEXT *context, CS_LOCALE *locale, CS_INT type, CsOID **oidp) {
+    COM_REQUIRE_PTR(oidp, CS_FAIL);
+    COM_REQUIRE(type == CS_LOCALE_CHARSET_OID || type == CS_LOCALE_LANGUAGE_OID, CS_FAIL);
+    const bool is_charset = type == CS_LOCALE_CHARSET_OID;
+    CS_INT id_class = is_charset ? CS_OID_CHARSET : CS_OID_NATLANG;
+    CS_CHAR name[NAME_SIZE];
+    CS_INT length;
+    const CS_RETCODE status =
+        com_intl_getstr(locale, is_charset ? CS_LC_CTYPE : CS_LC_MESSAGE,
+                        is_charset ? CS_LOCSTR_CHARSET : CS_LOCSTR_LANGUAGE, name, NAME_SIZE, &length);
+    if (status != CS_SUCCEED)
+        return COM_TRACE(status);
+    return comn_globalid(context, CS_NAME_TO_OID, oidp, &id_class, CS_UNUSED, name, length, nullptr, nullptr);
 }
 
 // ---- What a peer acknowledged ----
@@ -198,17 +213,6 @@ constexpr char RULE[] = "=======================================================
 constexpr char CLASS_RULE[] = "  ------------------------------------------------------------------\n";
 static_assert(sizeof RULE == 68 + 2 && sizeof CLASS_RULE == 2 + 66 + 2);
 
-// A counted text with a NUL behind it. Longer texts than a line of a file are cut.
-struct Terminated {
-    CS_CHAR text[1024];
-
-    Terminated(const CS_CHAR *from, CS_INT len) {
-        const std::size_t length = static_cast<std::size_t>(std::clamp<CS_INT>(len, 0, sizeof text - 1));
-        std::memcpy(text, from, length);
-        text[length] = '\0';
-    }
-};
-
 void print_heading(const char *heading) {
     comn_debug_print(RULE);
     comn_debug_print("%s\n", heading);
@@ -229,7 +233,7 @@ void comn_dbg_print_oid(CS_CONTEXT *context, CsOID *oid) {
         comn_debug_print("OID: \tNULL");
         return;
     }
-    comn_debug_print("OID: \t%s (%d)\n", Terminated(oid->oidstring, oid->oidnamelen).text, oid->oidnamelen);
+    comn_debug_print("OID: \t%.*s (%d)\n", oid->oidnamelen, oid->oidstring, oid->oidnamelen);
     comn_debug_print("\t\tglobal id:");
     for (CS_INT i = 0; i < oid->oidberlen; ++i)
         comn_debug_print(" 0x%x", oid->oidber[i]);
@@ -237,7 +241,7 @@ void comn_dbg_print_oid(CS_CONTEXT *context, CsOID *oid) {
     comn_debug_print("\t\tnumber of local names: %d\n", oid->oidnumlnames);
     comn_debug_print("\t\tlocal names\n");
     for (const CS_STRING_LIST *name = oid->oidlnames; name != nullptr; name = name->next)
-        comn_debug_print("\t\t\t%s (%d)\n", Terminated(name->string, name->len).text, name->len);
+        comn_debug_print("\t\t\t%.*s (%d)\n", name->len, name->string, name->len);
 }
 
 void comn_dbg_print_oidtable(CS_CONTEXT *context, CS_OID_TABLE *oidtable) {

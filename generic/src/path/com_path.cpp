@@ -36,9 +36,15 @@ CS_RETCODE open_file(CS_CONTEXT *context, const CS_CHAR *path, INTL_LOCFILE *ifi
     return COM_TRACE(CS_ENOLOCFILE);
 }
 
-// Tells the path before the file is opened, so that a caller can report which one failed.
-CS_RETCODE open_told(CS_CONTEXT *context, const CS_CHAR *path, INTL_LOCFILE *ifile, CS_CHAR *locfilename,
-                     CS_INT filenamelen) {
+// Opens the file whose path `build` writes. The path is told before that, so that a caller can report which one failed.
+template <class Build>
+CS_RETCODE open_built(CS_CONTEXT *context, INTL_LOCFILE *ifile, CS_CHAR *locfilename, CS_INT filenamelen, Build build) {
+    COM_REQUIRE_PTR(ifile, CS_FAIL);
+    COM_REQUIRE(locfilename == nullptr || filenamelen >= 1, CS_FAIL);
+    CS_CHAR path[OPEN_PATH_SIZE];
+    const CS_RETCODE status = build(path);
+    if (status != CS_SUCCEED)
+        return COM_TRACE(status);
     if (locfilename != nullptr)
         intl_strlcpy(locfilename, path, static_cast<std::size_t>(filenamelen));
     return open_file(context, path, ifile);
@@ -116,8 +122,8 @@ CS_RETCODE com_path_cfgfile(CS_CONTEXT *context, CS_CHAR *cfgfile, CS_CHAR *path
     return path.add_reaching(CONFIG_DIRECTORY) && path.add_reaching(cfgfile) ? CS_SUCCEED : COM_TRACE(CS_FAIL);
 }
 
-CS_RETCODE com__path_locfile(CS_CONTEXT *context, CS_CHAR *lang, CS_CHAR *charset, CS_CHAR *locfile,
-                             CS_CHAR *pathname, CS_INT pathsize) {
+CS_RETCODE com__path_locfile(CS_CONTEXT *context, CS_CHAR *lang, CS_CHAR *charset, CS_CHAR *locfile, CS_CHAR *pathname,
+                             CS_INT pathsize) {
     COM_REQUIRE_PTR(context, CS_FAIL);
     COM_REQUIRE_PTR(pathname, CS_FAIL);
     COM_REQUIRE_PTR(locfile, CS_FAIL);
@@ -137,8 +143,8 @@ CS_RETCODE com__path_locfile(CS_CONTEXT *context, CS_CHAR *lang, CS_CHAR *charse
 
 // The length of lang is not used, and that of msgfile only for the last test: both are appended as
 // terminated texts. CS_NULLTERM is no marker there: a negative length is added as the number that it is.
-CS_RETCODE com_path_msgfile(CS_CONTEXT *context, CS_CHAR *lang, CS_INT /*langlen*/, CS_CHAR *msgfile,
-                            CS_INT msgfilelen, CS_CHAR *pathname, CS_INT pathsize) {
+CS_RETCODE com_path_msgfile(CS_CONTEXT *context, CS_CHAR *lang, CS_INT /*langlen*/, CS_CHAR *msgfile, CS_INT msgfilelen,
+                            CS_CHAR *pathname, CS_INT pathsize) {
     COM_REQUIRE_PTR(pathname, CS_FAIL);
     COM_REQUIRE_PTR(lang, CS_FAIL);
     COM_REQUIRE_PTR(msgfile, CS_FAIL);
@@ -182,8 +188,7 @@ CS_RETCODE com_path_charfile(CS_CONTEXT *context, CS_CHAR *charset, CS_CHAR *fil
     return CS_SUCCEED;
 }
 
-CS_RETCODE comn__path_locdata(CS_CONTEXT *context, CS_INT type, CS_CHAR *filename, CS_CHAR *pathname,
-                              CS_INT pathsize) {
+CS_RETCODE comn__path_locdata(CS_CONTEXT *context, CS_INT type, CS_CHAR *filename, CS_CHAR *pathname, CS_INT pathsize) {
     COM_REQUIRE_PTR(context, CS_FAIL);
     COM_REQUIRE_PTR(filename, CS_FAIL);
     COM_REQUIRE_PTR(pathname, CS_FAIL);
@@ -212,35 +217,23 @@ CS_RETCODE com__open_cfgfile(CS_CONTEXT *context, CS_CHAR *cfgfile, INTL_LOCFILE
 
 CS_RETCODE comn__open_msgfile(CS_CONTEXT *context, CS_CHAR *lang, CS_INT langlen, CS_CHAR *msgfile, CS_INT msgfilelen,
                               INTL_LOCFILE *ifile, CS_CHAR *locfilename, CS_INT filenamelen) {
-    COM_REQUIRE_PTR(ifile, CS_FAIL);
-    COM_REQUIRE(locfilename == nullptr || filenamelen >= 1, CS_FAIL);
-    CS_CHAR path[OPEN_PATH_SIZE];
-    const CS_RETCODE status = com_path_msgfile(context, lang, langlen, msgfile, msgfilelen, path, sizeof path);
-    if (status != CS_SUCCEED)
-        return COM_TRACE(status);
-    return open_told(context, path, ifile, locfilename, filenamelen);
+    return open_built(context, ifile, locfilename, filenamelen, [&](CS_CHAR *path) {
+        return com_path_msgfile(context, lang, langlen, msgfile, msgfilelen, path, OPEN_PATH_SIZE);
+    });
 }
 
 CS_RETCODE com__open_locfile(CS_CONTEXT *context, CS_CHAR *lang, CS_CHAR *charset, CS_CHAR *locfile,
                              INTL_LOCFILE *ifile, CS_CHAR *locfilename, CS_INT filenamelen) {
-    COM_REQUIRE_PTR(ifile, CS_FAIL);
-    COM_REQUIRE(locfilename == nullptr || filenamelen >= 1, CS_FAIL);
-    CS_CHAR path[OPEN_PATH_SIZE];
-    const CS_RETCODE status = com__path_locfile(context, lang, charset, locfile, path, sizeof path);
-    if (status != CS_SUCCEED)
-        return COM_TRACE(status);
-    return open_told(context, path, ifile, locfilename, filenamelen);
+    return open_built(context, ifile, locfilename, filenamelen, [&](CS_CHAR *path) {
+        return com__path_locfile(context, lang, charset, locfile, path, OPEN_PATH_SIZE);
+    });
 }
 
 CS_RETCODE com__open_charfile(CS_CONTEXT *context, CS_CHAR *charset, CS_CHAR *filename, CS_CHAR *fileext,
                               INTL_LOCFILE *ifile, CS_CHAR *locfilename, CS_INT filenamelen) {
-    COM_REQUIRE_PTR(ifile, CS_FAIL);
-    COM_REQUIRE(locfilename == nullptr || filenamelen >= 1, CS_FAIL);
-    CS_CHAR path[OPEN_PATH_SIZE];
-    const CS_RETCODE status = com_path_charfile(context, charset, filename, fileext, path, sizeof path);
-    if (status != CS_SUCCEED)
-        return COM_TRACE(status);
-    return open_told(context, path, ifile, locfilename, filenamelen);
+    return open_built(context, ifile, locfilename, filenamelen, [&](CS_CHAR *path) {
+        return com_path_charfile(context, charset, filename, fileext, path, OPEN_PATH_SIZE);
+    });
 }
 
 // ---- Transport configuration -----------------------------------------------------------------------------------

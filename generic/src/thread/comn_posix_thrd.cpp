@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <new>
+#include <limits>
 
 #include <sched.h>
 #include <signal.h>
@@ -331,6 +331,10 @@ CS_RETCODE comn_release_sem(CS_THRDRES *sem) {
     COMN_SEM *semaphore = as_semaphore(sem);
     if (pthread_mutex_lock(&semaphore->pm) != 0)
         return COM_TRACE(CS_FAIL);
+    if (semaphore->ev == std::numeric_limits<CS_INT>::max()) { // one more would make it a broken one
+        pthread_mutex_unlock(&semaphore->pm);
+        return COM_TRACE(CS_FAIL);
+    }
     ++semaphore->ev;
     const int woken = semaphore->ev == 1 ? pthread_cond_broadcast(&semaphore->pc) : 0;
     const int unlocked = pthread_mutex_unlock(&semaphore->pm);
@@ -376,10 +380,9 @@ CS_RETCODE comn_create_thread_no_alloc(CS_THRDID *thread, CS_THREAD_FUNC startRo
     COM_REQUIRE_PTR(startRoutine, CS_FAIL);
     pthread_attr_t attributes;
     COM_REQUIRE(pthread_attr_init(&attributes) == 0, CS_FAIL);
-    bool created = set_attributes(attributes, stacksize);
+    sigset_t callers_mask;
+    bool created = set_attributes(attributes, stacksize) && comn_apply_default_sigblock(&callers_mask) == CS_SUCCEED;
     if (created) {
-        sigset_t callers_mask;
-        comn_apply_default_sigblock(&callers_mask);
         created = pthread_create(thread, &attributes, startRoutine, arg) == 0;
         comn_restore_sigblock(&callers_mask);
     }

@@ -109,6 +109,36 @@ DLXINTL_API char *intl_nextvalue(INTL_LOCFILE *ifile, int *status);
 /* Bytes of the value that intl_nextvalue answered last. */
 DLXINTL_API int intl_valuelen(const INTL_LOCFILE *ifile);
 
+/* ---- Date data ------------------------------------------------------------------------------ */
+
+/* The conventions of a language, as its common.loc has them. Texts are NUL-terminated. */
+typedef struct intl_dateinfo {
+    char months[12][21];
+    char shortmonths[12][10];
+    char days[7][31];  /* from Sunday on */
+    int firstday;      /* of the week: 1 for Sunday to 7 for Saturday */
+    char dateorder[4]; /* such as "mdy" */
+    int is12hour;      /* 1 for a 12-hour clock */
+} intl_dateinfo;
+
+/*
+ * Read the section that ifile stands on. Its keys are the names of the fields, with "true" or "false" for is12hour;
+ * all must be there, others are skipped. INTL_EBADDATE for a key that is missing or has the wrong count of values, or a
+ * value that does not fit; else the reader's failure.
+ */
+DLXINTL_API int intl_datetime(INTL_LOCFILE *ifile, intl_dateinfo *dateinfo);
+
+/* ---- Message templates ----------------------------------------------------------------------- */
+
+/*
+ * Fill a template: "%1!" to "%9!" are the parameters, "%%" is a percent sign, anything else stands. `format` lists the
+ * parameters, "%s" for a text (null counts as empty) and "%d" for an int, separated by blanks. Answers the length of the
+ * text in buffer, which is terminated; INTL_EBADTEMPLATE for a placeholder without a parameter, a list that is none, or
+ * a text that does not fit. flags is 0.
+ */
+DLXINTL_API int intl_strbuild(int flags, char *buffer, int length, const char *message_template, const char *format,
+                              ...);
+
 /* ---- Byte files ---------------------------------------------------------------------------- */
 
 typedef struct intl_iocsfile INTL_IOCSFILE;

@@ -1,0 +1,92 @@
+/*
+ * unic.h - libdlxunic64: text between character sets and UTF-16.
+ *
+ * A set is known by its number (UNICONV_CID). Its table is a file of the directory charsets/unicode of the home,
+ * <number>.uct, which is mapped read-only the first time that a handle asks for it and shared by all handles of the
+ * process from then on; ASCII (0), UTF-16 (-1), UTF-8 (-4) and the compression scheme (-5) need no file. A handle holds
+ * a reference and its substitute characters; one thread at a time uses it. docs/data-files.md tells the file's format.
+ *
+ * 16-bit text is in machine order and NUL-terminated, as is every text here: its length is not told. Counts that come
+ * back include the terminator of bytes, and leave out that of 16-bit units.
+ */
+#ifndef DLXUNIC_UNIC_H
+#define DLXUNIC_UNIC_H
+
+#include <stdint.h>
+
+#define DLXUNIC_API __attribute__((visibility("default")))
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef int32_t UNICONV_CID;
+typedef uint16_t UNICHAR;
+typedef void *CVTH;
+
+/* What a conversion answers. */
+enum {
+    UNI_OK = 1,
+    UNI_SUBSTITUTED = -1328, /* done; a character had no partner and was replaced */
+    UNI_NOROOM = -1327,      /* the buffer holds what fitted, cut at a whole character */
+    UNI_NOROOM_SUBSTITUTED = -1342, /* both */
+    UNI_TRUNCATED = -1333,   /* the source ends inside a character; what stands in front of it is converted */
+    UNI_NOSET = -1300,       /* no such set, or its table cannot be read */
+    UNI_NOMEMORY = -1301,
+    UNI_BADTABLE = -1302,    /* the table's file is not right */
+    UNI_BADTEXT = -1303      /* the source is no text of its set */
+};
+/* What uniutf8_unistrToUTF8 answers where the buffer is too small. */
+#define UNI_UTF8_NOROOM (-2)
+
+/* Settings of uniconv_HandleGetU. */
+typedef struct i18nuni_request {
+    int cacheInMemory;  /* 1: keep a table for the life of the process, the only way there is */
+    int cacheIndexOnly; /* 0 */
+    int useCurrentDir;  /* 0: the directory of the home in force; 2: the path that is given */
+} I18NUNI_REQUEST;
+DLXUNIC_API void i18nuni_RequestSetDefaults(I18NUNI_REQUEST *request);
+
+/*
+ * *handle = a handle of a set. UNI_OK, or a failure with *handle null. The second form takes the directory of the tables
+ * as a path; selector is 0.
+ */
+DLXUNIC_API int uniconv_HandleGet(UNICONV_CID cid, CVTH *handle);
+DLXUNIC_API int uniconv_HandleGetU(UNICONV_CID cid, const I18NUNI_REQUEST *request, const UNICHAR *path, int selector,
+                                   CVTH *handle);
+/* Null is accepted. */
+DLXUNIC_API void uniconv_HandleFree(CVTH handle);
+
+/*
+ * What uniconv_unistrToS writes for a character without a partner: the first code towards sets of single bytes, the
+ * second, of two bytes, towards sets with wider characters where the character is not an ASCII or half-width one.
+ * The first is "?" and the second "??" from the start.
+ */
+DLXUNIC_API int uniconv_SetSubstituteChar(CVTH handle, int code);
+DLXUNIC_API int uniconv_SetDBCSSubstituteChar(CVTH handle, int code);
+
+/*
+ * Text of the handle's set to 16-bit text in a buffer of `size` units, and back to bytes in a buffer of `size` bytes.
+ * Both terminate what they write, for which the size must be at least 1. Bytes that are no character of the set become
+ * U+FFFD, with UNI_SUBSTITUTED.
+ */
+DLXUNIC_API int uniconv_unistrFromS(CVTH handle, UNICHAR *buffer, int size, const char *source, int *count);
+DLXUNIC_API int uniconv_unistrToS(CVTH handle, char *buffer, int size, const UNICHAR *source, int *count);
+
+/*
+ * 16-bit text to UTF-8 and back. They answer what they wrote, without a terminator, which is written where there is
+ * room for it; UNI_UTF8_NOROOM where the buffer is too small, with as many whole characters as fitted in *count; another
+ * negative number for a source that is no text.
+ */
+DLXUNIC_API int uniutf8_unistrToUTF8(char *buffer, int size, const UNICHAR *source, int *count);
+DLXUNIC_API int uniutf8_unistrFromUTF8(UNICHAR *buffer, int size, const char *source, int *count);
+
+/* *factor = the most bytes that a 16-bit unit takes in the handle's set. UNI_OK. */
+DLXUNIC_API int uniconv_GetExpansionFactor(CVTH handle, int *factor);
+/* *factor = the most bytes of one set that a byte of another can become. UNI_OK, or a failure for an unknown set. */
+DLXUNIC_API int uniconv_GetExpansion(UNICONV_CID source, UNICONV_CID destination, int *factor);
+
+#ifdef __cplusplus
+}
+#endif
+#endif
