@@ -154,16 +154,22 @@ int decode_codes(const CharacterSet &set, UNICHAR *buffer, std::size_t room, con
             out += done;
             continue;
         }
-        const Entry entry = root[*p];
-        if (entry.kind == ENTRY_LEAF16 && end - p >= 2 && p[1] >= entry.low && p[1] <= entry.high) {
-            const std::uint16_t unit = table.leaf16[entry.value + (p[1] - entry.low)];
-            if (unit != REPLACEMENT) {
-                *out++ = unit;
-                p += 2;
-                continue;
-            }
-        } else if (entry.kind == ENTRY_CHARACTER && entry.value < REPLACEMENT) {
-            *out++ = static_cast<UNICHAR>(entry.value);
+        // Runs of codes of two bytes.
+        const std::uint8_t *const before = p;
+        for (const UNICHAR *const stop = out + std::min((end - p) / 2, limit - out); out != stop; p += 2) {
+            const Entry &entry = root[p[0]];
+            const unsigned at = static_cast<unsigned>(p[1]) - entry.low;
+            if (entry.kind != ENTRY_LEAF16 || at > static_cast<unsigned>(entry.high) - entry.low)
+                break;
+            const std::uint16_t unit = table.leaf16[entry.value + at];
+            if (unit == REPLACEMENT)
+                break;
+            *out++ = unit;
+        }
+        if (p != before)
+            continue;
+        if (root[*p].kind == ENTRY_CHARACTER && root[*p].value < REPLACEMENT) {
+            *out++ = static_cast<UNICHAR>(root[*p].value);
             ++p;
             continue;
         }
@@ -281,6 +287,9 @@ template <typename Width>
 int encode_codes(const CharacterSet &set, const Substitutes &substitutes, char *buffer, std::size_t room,
                  const UNICHAR *source, int *count) {
     const Table &table = set.table;
+    const std::uint16_t *const index = table.index;
+    const auto *const blocks = static_cast<const Width *>(table.blocks);
+    const bool pairs = table.header->pair_seconds != 0;
     const bool ascii = (table.flags & TABLE_ASCII) != 0;
     auto *const begin = reinterpret_cast<std::uint8_t *>(buffer);
     std::uint8_t *out = begin;
@@ -298,6 +307,19 @@ int encode_codes(const CharacterSet &set, const Substitutes &substitutes, char *
             p += done;
             out += done;
             continue;
+        }
+        // Runs of characters with a code of two bytes; halves of pairs have none.
+        if (!pairs) {
+            const UNICHAR *const stop = p + std::min(end - p, (limit - out) / 2);
+            for (; p != stop; ++p, out += 2) {
+                const std::uint32_t code = blocks[index[*p >> 6] * 64u + (*p & 63)];
+                if (code < 0x100 || code > 0xFFFF)
+                    break;
+                out[0] = static_cast<std::uint8_t>(code >> 8);
+                out[1] = static_cast<std::uint8_t>(code);
+            }
+            if (p == end || (ascii && *p < 0x80))
+                continue;
         }
         char32_t character;
         int units;

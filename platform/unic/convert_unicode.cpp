@@ -74,13 +74,17 @@ UNICHAR *units_from_utf8(UNICHAR *out, UNICHAR *limit, const char *source, Endin
             p += 2;
             continue;
         }
-        if ((*p & 0xF0) == 0xE0 && end - p >= 3 && (p[1] & 0xC0) == 0x80 && (p[2] & 0xC0) == 0x80) {
-            const unsigned unit = (p[0] & 0x0Fu) << 12 | (p[1] & 0x3Fu) << 6 | (p[2] & 0x3Fu);
-            if (unit >= 0x800 && !is_surrogate(unit)) {
+        if (const UNICHAR *const before = out; (*p & 0xF0) == 0xE0) {
+            for (const UNICHAR *const stop = out + std::min((end - p) / 3, limit - out); out != stop; p += 3) {
+                if ((p[0] & 0xF0) != 0xE0 || (p[1] & 0xC0) != 0x80 || (p[2] & 0xC0) != 0x80)
+                    break;
+                const unsigned unit = (p[0] & 0x0Fu) << 12 | (p[1] & 0x3Fu) << 6 | (p[2] & 0x3Fu);
+                if (unit < 0x800 || is_surrogate(unit))
+                    break;
                 *out++ = static_cast<UNICHAR>(unit);
-                p += 3;
-                continue;
             }
+            if (out != before)
+                continue;
         }
         const Sequence sequence = sequence_at(p, end);
         if (sequence.kind == Sequence::CUT) {
@@ -123,7 +127,10 @@ inline bool eight_to_utf8(const UNICHAR *p, std::uint8_t **target) {
         } else {
             if (is_surrogate(unit))
                 return false;
-            out = put_utf8(out, unit);
+            out[0] = static_cast<std::uint8_t>(0xE0 | unit >> 12);
+            out[1] = static_cast<std::uint8_t>(0x80 | (unit >> 6 & 0x3F));
+            out[2] = static_cast<std::uint8_t>(0x80 | (unit & 0x3F));
+            out += 3;
         }
     }
     *target = out;
@@ -232,8 +239,8 @@ int encode_utf16(const CharacterSet &, const Substitutes &, char *buffer, std::s
     for (std::size_t i = 0; i < n; ++i) {
         UNICHAR unit = source[i];
         if (is_surrogate(unit)) {
-            const bool paired = is_high_surrogate(unit) ? is_low_surrogate(source[i + 1])
-                                                        : i > 0 && is_high_surrogate(source[i - 1]);
+            const bool paired =
+                is_high_surrogate(unit) ? is_low_surrogate(source[i + 1]) : i > 0 && is_high_surrogate(source[i - 1]);
             ending.substituted |= !paired;
             unit = paired ? unit : static_cast<UNICHAR>(REPLACEMENT);
         }

@@ -1,6 +1,8 @@
 // The standard compression scheme for Unicode (Unicode Technical Standard 6). The decoder takes every form that the
-// scheme has. The encoder keeps to few of them: it moves between the windows that it finds, redefines one where two
-// characters in a row ask for it, and writes in whole units where characters have no window.
+// scheme has; as it is not told the length of its text, one that ends inside a tag may be read as one that quotes
+// zeros, but never past the three zeros behind it. The encoder keeps to few of them: it moves between the windows that
+// it finds, redefines one where two characters in a row ask for it, and writes in whole units where characters have no
+// window.
 #include "sets.h"
 #include "text.h"
 
@@ -11,7 +13,8 @@ namespace dlx::unic {
 namespace {
 
 enum Tag : std::uint8_t {
-    // Of the state of single bytes; 0x01 to 0x08 quote from a window, 0x10 to 0x17 change to one, 0x18 to 0x1F define it.
+    // Of the state of single bytes; 0x01 to 0x08 quote from a window, 0x10 to 0x17 change to one, 0x18 to 0x1F define
+    // it.
     SQ0 = 0x01,
     SDX = 0x0B,
     SQU = 0x0E,
@@ -75,9 +78,10 @@ private:
             return put(byte, 1);
         if (byte >= SQ0 && byte < SQ0 + 8) {
             const unsigned quoted = p_[1];
-            if (quoted == 0)
-                return cut();
             const unsigned window = byte - SQ0;
+            // The first character of a window is quoted with the byte 0; only U+0000 is none.
+            if (quoted == 0 && window == 0)
+                return cut();
             return put(quoted < 0x80 ? STATIC_WINDOWS[window] + quoted : windows_[window] + (quoted - 0x80), 2);
         }
         if (byte >= SC0 && byte < SC0 + 8) {
@@ -89,7 +93,8 @@ private:
             return define(byte - SD0, p_[1], 2);
         switch (byte) {
         case SDX:
-            return define_extended();
+            define_extended();
+            return true;
         case SQU:
             return put_unit(1);
         case SCU:
@@ -119,8 +124,7 @@ private:
         }
         switch (byte) {
         case UDX:
-            if (!define_extended())
-                return false;
+            define_extended();
             units_ = false;
             return true;
         case UQU:
@@ -144,13 +148,10 @@ private:
         return true;
     }
 
-    bool define_extended() {
-        if (p_[1] == 0 && p_[2] == 0)
-            return cut();
+    void define_extended() {
         window_ = p_[1] >> 5;
         windows_[window_] = 0x10000 + (((p_[1] & 0x1Fu) << 8 | p_[2]) << 7);
         p_ += 3;
-        return true;
     }
 
     // A unit of which the first byte stands at p_[tag].
@@ -312,9 +313,7 @@ private:
     }
     static bool has_bytes(char32_t c) { return c < 0x80 || definition_for(c) != 0; }
 
-    Piece piece_for(char32_t c, char32_t next) {
-        return units_ ? piece_of_units(c, next) : piece_of_bytes(c, next);
-    }
+    Piece piece_for(char32_t c, char32_t next) { return units_ ? piece_of_units(c, next) : piece_of_bytes(c, next); }
 
     Piece piece_of_bytes(char32_t c, char32_t next) {
         Piece piece;

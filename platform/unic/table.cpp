@@ -35,8 +35,8 @@ public:
     }
 
     bool sections_lie_inside() const {
-        const std::uint32_t widths[SECTIONS] = {sizeof(Entry),       sizeof(std::uint16_t), sizeof(std::uint32_t),
-                                                sizeof(Pair),        sizeof(LinearRange),   sizeof(LinearRange),
+        const std::uint32_t widths[SECTIONS] = {sizeof(Entry),         sizeof(std::uint16_t), sizeof(std::uint32_t),
+                                                sizeof(Pair),          sizeof(LinearRange),   sizeof(LinearRange),
                                                 sizeof(std::uint16_t), header_.code_width};
         for (int i = 0; i < SECTIONS; ++i) {
             const SectionPlace place = header_.sections[i];

@@ -1,8 +1,9 @@
 // The table of a character set, as it lies in its file and in memory: docs/data-files.md, "Tables of character sets".
 //
-// Bytes to characters: entries and leaves. An entry tells what a byte is: a character, or the beginning of one, and then
-// where the next byte is looked up. Sets of single bytes are one leaf of 256. Characters to bytes: an index by blocks of
-// 64 code points and the blocks, with a code of 0 for a character without a partner (no text here holds the byte 0).
+// Bytes to characters: entries and leaves. An entry tells what a byte is: a character, or the beginning of one, and
+// then where the next byte is looked up. Sets of single bytes are one leaf of 256. Characters to bytes: an index by
+// blocks of 64 code points and the blocks, with a code of 0 for a character without a partner (no text here holds the
+// byte 0).
 #ifndef DLXUNIC_TABLE_H
 #define DLXUNIC_TABLE_H
 
@@ -18,10 +19,10 @@ constexpr std::uint32_t TABLE_ORDER = 0x01020304;
 constexpr int TABLE_NUMBER_LIMIT = 8191;
 
 enum TableFlag : std::uint32_t {
-    TABLE_SINGLE = 1,  // every code is one byte: one leaf, blocks of bytes
-    TABLE_SHIFT = 2,   // two states: 0x0E begins codes of two bytes, 0x0F ends them; two roots
-    TABLE_LINEAR = 4,  // codes of four bytes whose second and fourth are digits, by ranges
-    TABLE_ASCII = 8,   // the bytes 1 to 0x7F are the ASCII characters, in both directions
+    TABLE_SINGLE = 1, // every code is one byte: one leaf, blocks of bytes
+    TABLE_SHIFT = 2,  // two states: 0x0E begins codes of two bytes, 0x0F ends them; two roots
+    TABLE_LINEAR = 4, // codes of four bytes whose second and fourth are digits, by ranges
+    TABLE_ASCII = 8,  // the bytes 1 to 0x7F are the ASCII characters, in both directions
     TABLE_FLAGS = 15
 };
 
@@ -83,12 +84,12 @@ struct TableHeader {
     std::uint64_t checksum; // of the file with 0 in this field
     std::int32_t number;
     std::uint32_t flags;
-    std::uint8_t code_width;    // bytes of a code in the blocks: 1, 2, 4
-    std::uint8_t unit_bytes;    // the most bytes that a 16-bit unit takes, changes of state included
-    std::uint8_t utf8_growth;   // the most bytes of UTF-8 that a byte becomes
-    std::uint8_t pair_seconds;  // whether there are pairs
-    std::uint32_t second_low;   // the second characters of pairs lie from here
-    std::uint32_t second_high;  // to here
+    std::uint8_t code_width;   // bytes of a code in the blocks: 1, 2, 4
+    std::uint8_t unit_bytes;   // the most bytes that a 16-bit unit takes, changes of state included
+    std::uint8_t utf8_growth;  // the most bytes of UTF-8 that a byte becomes
+    std::uint8_t pair_seconds; // whether there are pairs
+    std::uint32_t second_low;  // the second characters of pairs lie from here
+    std::uint32_t second_high; // to here
     std::uint32_t zero;
     SectionPlace sections[SECTIONS];
 };

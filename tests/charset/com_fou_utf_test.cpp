@@ -288,6 +288,25 @@ TEST(Utf8ToUtf16, NoncharactersAreRefusedOnlyWhereValidityIsChecked) {
     EXPECT_EQ(delivered(to16("\xF0\x9F\xBF\xBE")), units(u"\U0001FFFE"));
 }
 
+TEST(UtfRoutines, NoncharactersAndTheirNeighboursAtEveryPlaceOfLongText) {
+    for (const char16_t point : {u'\uFFFC', u'\uFFFD', u'\uFFFE', u'\uFFFF', char16_t(0xD7FF), char16_t(0xD800),
+                                 char16_t(0xDFFF), u'\uE000', u'\u07FF', u'\u0800', u'\u007F', u'\u0080'})
+        for (const char16_t around : {u'x', u'\u00E9', u'\u4E2D'})
+            for (std::size_t place = 0; place < 40; ++place)
+                for (const bool validity : {true, false}) {
+                    std::u16string text(40, around);
+                    text[place] = point;
+                    std::string utf8;
+                    for (const char16_t unit : text)
+                        utf8 += utf8_of(unit);
+                    ASSERT_EQ(to16(utf8, 80, validity), support::naive::utf8_to_utf16(utf8, 80, {}, validity))
+                        << std::hex << unsigned(point) << ' ' << unsigned(around) << ' ' << place;
+                    ASSERT_EQ(to8(units(text), 120, validity),
+                              support::naive::utf16_to_utf8(units(text), 120, {}, validity))
+                        << std::hex << unsigned(point) << ' ' << unsigned(around) << ' ' << place;
+                }
+}
+
 TEST(Utf8ToUtf16, NothingAboveTheLastCodePoint) {
     EXPECT_EQ(delivered(to16("\xF4\x8F\xBF\xBF")), units(u"\U0010FFFF"));
     for (const char *text : {"\xF4\x90\x80\x80", "\xF7\xBF\xBF\xBF"})

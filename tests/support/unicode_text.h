@@ -69,9 +69,8 @@ inline Decoded naive_utf8(const std::string &text) {
     const auto byte = [&](size_t i) { return static_cast<int>(static_cast<unsigned char>(text[i])); };
     Decoded result;
     for (size_t i = 0; i < text.size();) {
-        const Form *form = std::find_if(std::begin(FORMS), std::end(FORMS), [&](const Form &f) {
-            return byte(i) >= f.lead_low && byte(i) <= f.lead_high;
-        });
+        const Form *form = std::find_if(std::begin(FORMS), std::end(FORMS),
+                                        [&](const Form &f) { return byte(i) >= f.lead_low && byte(i) <= f.lead_high; });
         size_t good = 1;
         const size_t length = form == std::end(FORMS) ? 0 : static_cast<size_t>(form->length);
         while (good < length && i + good < text.size()) {
@@ -143,8 +142,8 @@ inline std::u32string random_characters(std::mt19937_64 &random, size_t length) 
     const auto taste = random() % 8;
     std::u32string text;
     while (text.size() < length)
-        text += random_character(random, static_cast<unsigned>(random() % 8 != 0 ? std::min<uint64_t>(taste, 4)
-                                                                                : random() % 5));
+        text += random_character(
+            random, static_cast<unsigned>(random() % 8 != 0 ? std::min<uint64_t>(taste, 4) : random() % 5));
     return text;
 }
 

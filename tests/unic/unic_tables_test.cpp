@@ -50,7 +50,8 @@ public:
     std::optional<std::string> bytes(char32_t character) override {
         const Units units = support::units_of({character});
         char out[32];
-        const auto length = convert(to_, reinterpret_cast<const char *>(units.data()), units.size() * 2, out, sizeof out);
+        const auto length =
+            convert(to_, reinterpret_cast<const char *>(units.data()), units.size() * 2, out, sizeof out);
         return length ? std::optional(std::string(out, *length)) : std::nullopt;
     }
 
@@ -87,8 +88,7 @@ public:
         const Units units = support::units_of({character});
         char out[32];
         UErrorCode error = U_ZERO_ERROR;
-        const auto length =
-            ucnv_fromUChars(converter_, out, 32, units.data(), static_cast<int>(units.size()), &error);
+        const auto length = ucnv_fromUChars(converter_, out, 32, units.data(), static_cast<int>(units.size()), &error);
         // ICU leaves out invisible characters that the set does not have, with success.
         return U_SUCCESS(error) && length > 0 ? std::optional(std::string(out, static_cast<size_t>(length)))
                                               : std::nullopt;
@@ -278,19 +278,8 @@ struct Refusals {
     int round_trips; // it writes another character's code though the character has one of its own
 };
 constexpr Refusals REFUSALS[] = {
-    {856, 34, 0},
-    {930, 109, 2},
-    {932, 139, 0},
-    {933, 64, 0},
-    {935, 73, 0},
-    {937, 85, 0},
-    {939, 109, 2},
-    {3000, 109, 2},
-    {3001, 109, 2},
-    {3002, 109, 2},
-    {3003, 109, 2},
-    {5026, 109, 2},
-    {5035, 109, 2},
+    {856, 34, 0},   {930, 109, 2},  {932, 139, 0},  {933, 64, 0},   {935, 73, 0},   {937, 85, 0},   {939, 109, 2},
+    {3000, 109, 2}, {3001, 109, 2}, {3002, 109, 2}, {3003, 109, 2}, {5026, 109, 2}, {5035, 109, 2},
 };
 
 bool has_control(const std::optional<Units> &text) {
@@ -437,8 +426,9 @@ TEST_P(UnicTable, EveryCharacterToBytes) {
         else if (status == UNI_OK && meaning && *meaning != own && oracle->units(told) == own)
             ++round_trips;
         else
-            differ("U+" + hexadecimal(support::units_of({c})) + "is " + (expected ? hexadecimal(*expected) : "nothing") +
-                   ", but status " + std::to_string(status) + " with " + hexadecimal(told));
+            differ("U+" + hexadecimal(support::units_of({c})) + "is " +
+                   (expected ? hexadecimal(*expected) : "nothing") + ", but status " + std::to_string(status) +
+                   " with " + hexadecimal(told));
     }
     EXPECT_GE(characters, 160);
     const Refusals *refusals = std::find_if(std::begin(REFUSALS), std::end(REFUSALS),
@@ -464,9 +454,9 @@ TEST(UnicTables, EverySetIsComparedHere) {
     for (const CSID_CSNAME &row : csid_name) {
         if (row.unilib_cid <= 0 || row.unilib_cid == MAC_THAI)
             continue;
-        EXPECT_TRUE(std::any_of(std::begin(SETS), std::end(SETS),
-                                [&](const Set &set) { return set.number == row.unilib_cid; }))
-            << row.unilib_cid;
+        EXPECT_TRUE(std::any_of(std::begin(SETS), std::end(SETS), [&](const Set &set) {
+            return set.number == row.unilib_cid;
+        })) << row.unilib_cid;
     }
 }
 

@@ -117,7 +117,8 @@ TEST(UnicUtf8, RandomUnitsToTextAsASimpleEncoderWritesThem) {
 
 TEST(UnicUtf8, EveryRoomOfMixedText) {
     const Handle utf8(UTF8);
-    const std::u32string text = U"plain \u00E9\u00DF \u20AC\u4E2D\u6587 \U0001F600\U0010FFFF, and sixteen ASCII letters";
+    const std::u32string text =
+        U"plain \u00E9\u00DF \u20AC\u4E2D\u6587 \U0001F600\U0010FFFF, and sixteen ASCII letters";
     const std::string bytes = support::utf8_of(text);
     const Units units = support::units_of(text);
     for (size_t room = 0; room <= bytes.size() + 1; ++room) {
@@ -145,8 +146,7 @@ int strict_from(const std::string &source, size_t room, Units *text) {
     const support::Terminated<char> bytes(source);
     std::vector<UNICHAR> buffer(room + 2, 0x5A5A);
     int count = -1;
-    const int result =
-        uniutf8_unistrFromUTF8(buffer.data(), static_cast<int>(room) + 1, bytes.get(), &count);
+    const int result = uniutf8_unistrFromUTF8(buffer.data(), static_cast<int>(room) + 1, bytes.get(), &count);
     EXPECT_EQ(buffer[room + 1], 0x5A5A);
     EXPECT_TRUE(result < 0 || result == count);
     EXPECT_EQ(buffer[static_cast<size_t>(count)], 0);
@@ -189,7 +189,9 @@ TEST(UniUtf8Strict, RandomTextToUnitsEndsAtTheFirstFault) {
         const int result = strict_from(text, text.size() + 1, &told);
         const Units expected = support::units_of(good.characters);
         ASSERT_EQ(told, expected) << testing::PrintToString(text);
-        ASSERT_EQ(result, faulty ? UNI_BADTEXT : good.cut ? UNI_TRUNCATED : static_cast<int>(expected.size()))
+        ASSERT_EQ(result, faulty     ? UNI_BADTEXT
+                          : good.cut ? UNI_TRUNCATED
+                                     : static_cast<int>(expected.size()))
             << testing::PrintToString(text);
     }
 }
@@ -335,8 +337,9 @@ TEST(UnicAscii, EveryRoomWithAndWithoutSubstitutes) {
     }
     for (size_t room = 0; room <= 3; ++room) {
         EXPECT_EQ(ascii.to(u"\u00E9b\u00E9", room).text, std::string("?b?").substr(0, room));
-        EXPECT_EQ(ascii.to(u"\u00E9b\u00E9", room).status,
-                  room == 0 ? UNI_NOROOM : room < 3 ? UNI_NOROOM_SUBSTITUTED : UNI_SUBSTITUTED);
+        EXPECT_EQ(ascii.to(u"\u00E9b\u00E9", room).status, room == 0  ? UNI_NOROOM
+                                                           : room < 3 ? UNI_NOROOM_SUBSTITUTED
+                                                                      : UNI_SUBSTITUTED);
     }
 }
 
@@ -418,8 +421,14 @@ TEST(UnicExpansion, BetweenTheSetsWithoutATable) {
         UNICONV_CID from, to;
         int factor;
     };
-    for (const Case &c : {Case{ASCII, ASCII, 1}, {ASCII, UTF8, 1}, {ASCII, UTF16, 2}, {UTF8, ASCII, 1},
-                          {UTF8, UTF16, 2}, {UTF8, UTF8, 1}, {UTF16, UTF8, 2}, {UTF16, ASCII, 1}}) {
+    for (const Case &c : {Case{ASCII, ASCII, 1},
+                          {ASCII, UTF8, 1},
+                          {ASCII, UTF16, 2},
+                          {UTF8, ASCII, 1},
+                          {UTF8, UTF16, 2},
+                          {UTF8, UTF8, 1},
+                          {UTF16, UTF8, 2},
+                          {UTF16, ASCII, 1}}) {
         int told = 0;
         EXPECT_EQ(uniconv_GetExpansion(c.from, c.to, &told), UNI_OK);
         EXPECT_EQ(told, c.factor) << c.from << " to " << c.to;

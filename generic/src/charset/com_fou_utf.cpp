@@ -103,7 +103,7 @@ int com__fou_utf8_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int 
         COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
     if (dlen > 0)
         COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
-    Progress at = {src, src + slen, dest, dest + dlen};
+    Progress at = {src, src + std::max(slen, 0), dest, dest + std::max(dlen, 0)};
     while (at.left() > 0) {
         if (*at.src < 0x80) {
             move_ascii<ToUtf16>(at);
@@ -140,8 +140,8 @@ int com__fou_utf16_to_utf16(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int
         COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
     if (dlen > 0)
         COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
-    Progress at = {src, src + slen, dest, dest + dlen};
-    const std::ptrdiff_t units = std::max<std::ptrdiff_t>(0, std::min(at.left(), at.room()) / UNIT);
+    Progress at = {src, src + std::max(slen, 0), dest, dest + std::max(dlen, 0)};
+    const std::ptrdiff_t units = std::min(at.left(), at.room()) / UNIT;
     if (units > 0)
         std::memmove(at.dest, at.src, static_cast<std::size_t>(units * UNIT));
     at.src += units * UNIT;
@@ -159,7 +159,7 @@ int com__fou_utf16_to_utf8(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int 
         COM_REQUIRE_PTR(src, CS_XLATE_INVALID);
     if (dlen > 0)
         COM_REQUIRE_PTR(dest, CS_XLATE_INVALID);
-    Progress at = {src, src + slen, dest, dest + dlen};
+    Progress at = {src, src + std::max(slen, 0), dest, dest + std::max(dlen, 0)};
     while (at.left() > 0) {
         if (at.left() == 1) {
             at.flags = CS_XLATE_INVALID;

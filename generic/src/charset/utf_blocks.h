@@ -65,7 +65,10 @@ struct ToUtf16 {
     static constexpr int SOURCE_SIZE = 1; // of an ASCII character
     static constexpr int DEST_SIZE = UNIT;
     static constexpr int MOST_BYTES = UNIT; // that a SOURCE_SIZE becomes
+    static constexpr int MOST_SOURCE = 3;   // that becomes a DEST_SIZE
     static constexpr int READ = 2 * STRIDE + 2;
+
+    // Moves a stride as if it were ASCII, and answers which characters are not.
     static unsigned move_stride(const CS_BYTE *from, CS_BYTE *to) {
         const __m128i bytes = load_vector(from);
         store_vector(to, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
@@ -177,6 +180,7 @@ struct ToUtf8 {
     static constexpr int SOURCE_SIZE = UNIT;
     static constexpr int DEST_SIZE = 1;
     static constexpr int MOST_BYTES = 3;
+    static constexpr int MOST_SOURCE = UNIT;
     static constexpr int READ = 2 * STRIDE * UNIT;
 
     static unsigned move_stride(const CS_BYTE *from, CS_BYTE *to) {
@@ -320,7 +324,7 @@ class Block {
 public:
     Block(const Progress &at, std::ptrdiff_t size, bool validity_check) {
         const CS_BYTE *const end = at.src + size;
-        const CS_BYTE *const stop = std::min(end, at.src_end - (READ - 1));
+        const CS_BYTE *const stop = at.src + std::clamp<std::ptrdiff_t>(at.left() - (READ - 1), 0, size);
         from_ = Way::convert_run(at.src, stop, to_, validity_check);
         if (from_ < stop || from_ >= end)
             return;
@@ -359,7 +363,8 @@ private:
 template <class Way>
 bool convert_block(Progress &at, bool validity_check) {
     constexpr std::ptrdiff_t SMALLEST = 4 * Way::SOURCE_SIZE;
-    const std::ptrdiff_t size = std::min<std::ptrdiff_t>(at.left(), Block<Way>::LARGEST);
+    const std::ptrdiff_t size =
+        std::min<std::ptrdiff_t>({at.left(), at.room() / Way::DEST_SIZE * Way::MOST_SOURCE, Block<Way>::LARGEST});
     if (size < SMALLEST)
         return false;
     if (const Block<Way> block(at, size, validity_check); block.fits(at))

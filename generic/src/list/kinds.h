@@ -66,6 +66,26 @@ inline DLinkNode *get_node(LM_HANDLE *handle) {
     return handle->free_nodes >= 1 ? take_from_pool(handle) : memory_of(handle).take_record<DLinkNode>();
 }
 
+// The record of a hash with a table of the told size, all null. A failure leaves nothing behind.
+template <class Info>
+CS_RETCODE make_hash(LM_HANDLE *handle, Info *&hash) {
+    const ListMemory memory = memory_of(handle);
+    const CS_INT size = handle->hdlprop->max_tablesize;
+    if (size < 1 || size > INT32_MAX / static_cast<CS_INT>(sizeof(DLinkNode *)))
+        return CS_FAIL;
+    hash = memory.take_record<Info>();
+    if (hash == nullptr)
+        return CS_MEM_ERROR;
+    hash->table = static_cast<DLinkNode **>(memory.take(size * static_cast<CS_INT>(sizeof(DLinkNode *))));
+    if (hash->table == nullptr) {
+        memory.give_back_record(hash);
+        return CS_MEM_ERROR;
+    }
+    hash->table_size = size;
+    hash->home_addr_hfunc = lm__api_key_to_hash;
+    return CS_SUCCEED;
+}
+
 CS_RETCODE drop_dlink(LM_HANDLE *handle);
 // A table and its entries, without the node pool.
 void drop_chash_table(LM_HANDLE *handle);

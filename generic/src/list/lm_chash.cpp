@@ -163,20 +163,10 @@ CS_RETCODE operate(LM_HANDLE *handle, CS_INT operation, CS_VOID *key, CS_INT key
 
 CS_RETCODE lm__api_chash_init(LM_HANDLE *handle) {
     COM_REQUIRE_PTR(handle, CS_FAIL);
-    const ListMemory memory = memory_of(handle);
-    const CS_INT size = handle->hdlprop->max_tablesize;
-    if (size < 1 || size > INT32_MAX / static_cast<CS_INT>(sizeof(DLinkNode *)))
-        return COM_TRACE(CS_FAIL);
-    auto *hash = memory.take_record<CHashInfo>();
-    if (hash == nullptr)
-        return COM_TRACE(CS_MEM_ERROR);
-    hash->table = static_cast<DLinkNode **>(memory.take(size * static_cast<CS_INT>(sizeof(DLinkNode *))));
-    if (hash->table == nullptr) {
-        memory.give_back_record(hash);
-        return COM_TRACE(CS_MEM_ERROR);
-    }
-    hash->table_size = size;
-    hash->home_addr_hfunc = lm__api_key_to_hash;
+    CHashInfo *hash;
+    const CS_RETCODE status = make_hash(handle, hash);
+    if (status != CS_SUCCEED)
+        return COM_TRACE(status);
     hash->state = LM_INITIALIZED;
     handle->list_state = hash;
     return CS_SUCCEED;

@@ -154,20 +154,12 @@ void give_back(const ListMemory &memory, DHashInfo *hash, CS_INT count) {
 
 CS_RETCODE lm__api_dhash_init(LM_HANDLE *handle) {
     COM_REQUIRE_PTR(handle, CS_FAIL);
+    DHashInfo *hash;
+    const CS_RETCODE status = make_hash(handle, hash);
+    if (status != CS_SUCCEED)
+        return COM_TRACE(status);
     const ListMemory memory = memory_of(handle);
-    const CS_INT size = handle->hdlprop->max_tablesize;
-    if (size < 1 || size > INT32_MAX / static_cast<CS_INT>(sizeof(DLinkNode *)))
-        return COM_TRACE(CS_FAIL);
-    auto *hash = memory.take_record<DHashInfo>();
-    if (hash == nullptr)
-        return COM_TRACE(CS_MEM_ERROR);
-    hash->table = static_cast<DLinkNode **>(memory.take(size * static_cast<CS_INT>(sizeof(DLinkNode *))));
-    if (hash->table == nullptr) {
-        memory.give_back_record(hash);
-        return COM_TRACE(CS_MEM_ERROR);
-    }
-    hash->table_size = size;
-    for (CS_INT slot = 0; slot < size; ++slot) {
+    for (CS_INT slot = 0; slot < hash->table_size; ++slot) {
         hash->table[slot] = memory.take_record<DLinkNode>();
         if (hash->table[slot] == nullptr) {
             give_back(memory, hash, slot);
@@ -175,7 +167,6 @@ CS_RETCODE lm__api_dhash_init(LM_HANDLE *handle) {
         }
         hash->table[slot]->state = LM_INITIALIZED;
     }
-    hash->home_addr_hfunc = lm__api_key_to_hash;
     hash->incr_hfunc = lm__api_key_to_hash2;
     hash->state = LM_INITIALIZED;
     handle->list_state = hash;

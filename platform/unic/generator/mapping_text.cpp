@@ -27,9 +27,7 @@ public:
     }
 
 private:
-    [[noreturn]] void wrong(const std::string &what) const {
-        fail(path_ + ":" + std::to_string(line_) + ": " + what);
-    }
+    [[noreturn]] void wrong(const std::string &what) const { fail(path_ + ":" + std::to_string(line_) + ": " + what); }
 
     std::uint32_t hexadecimal(const std::string &text) const {
         std::size_t used = 0;

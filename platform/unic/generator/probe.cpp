@@ -69,9 +69,9 @@ std::uint32_t code_without_shifts(std::string text, bool shift) {
     return code;
 }
 
-// A source may write a character as a code of another, or as the sign for none, and call it done. Where a code means the
-// character, that is its code; a code that stands for it in one direction only is kept, but never that of a control: the
-// sign for none is one, and no picture of a control may become a line end.
+// A source may write a character as a code of another, or as the sign for none, and call it done. Where a code means
+// the character, that is its code; a code that stands for it in one direction only is kept, but never that of a
+// control: the sign for none is one, and no picture of a control may become a line end.
 void prefer_round_trips(Mapping *mapping) {
     const auto is_control = [](char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); };
     std::unordered_map<std::uint32_t, char32_t> meaning_of;

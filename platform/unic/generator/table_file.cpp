@@ -63,8 +63,8 @@ private:
             leaf16_[meaning.code.bytes] = static_cast<std::uint16_t>(meaning.characters[0]);
     }
 
-    // A byte between the lowest and the highest that continue any code of the set continues every one, with or without a
-    // character: so damage is told from a code that has none.
+    // A byte between the lowest and the highest that continue any code of the set continues every one, with or without
+    // a character: so damage is told from a code that has none.
     void find_trail_bounds(Meanings meanings) {
         std::fill(std::begin(low_), std::end(low_), 0xFF);
         std::fill(std::begin(high_), std::end(high_), 0);
@@ -95,7 +95,9 @@ private:
         });
     }
 
-    static bool has_digits(const Meaning &meaning) { return meaning.code.byte(1) >= 0x30 && meaning.code.byte(1) <= 0x39; }
+    static bool has_digits(const Meaning &meaning) {
+        return meaning.code.byte(1) >= 0x30 && meaning.code.byte(1) <= 0x39;
+    }
 
     template <typename Visit>
     static void for_each_byte(Meanings meanings, int depth, Visit visit) {
@@ -148,8 +150,8 @@ private:
     std::uint32_t write_leaf(std::vector<Value> *leaf, Meanings meanings, int depth, unsigned low, unsigned high) {
         std::vector<Value> values(high - low + 1, static_cast<Value>(NONE));
         for (const Meaning &meaning : meanings)
-            values[meaning.code.byte(depth) - low] = static_cast<Value>(
-                meaning.characters[1] != 0 ? PAIR_BIT | pair_of(meaning) : meaning.characters[0]);
+            values[meaning.code.byte(depth) - low] =
+                static_cast<Value>(meaning.characters[1] != 0 ? PAIR_BIT | pair_of(meaning) : meaning.characters[0]);
         // Rows without a character are one.
         const auto found = std::search(leaf->begin(), leaf->end(), values.begin(), values.end());
         const auto at = static_cast<std::uint32_t>(found - leaf->begin());
@@ -221,8 +223,8 @@ private:
 
     bool is_ascii() const {
         for (unsigned c = 1; c < 0x80; ++c)
-            if (mapping_.codes[c] != c || (single_ ? leaf16_[c] != c
-                                                   : entries_[c].kind != ENTRY_CHARACTER || entries_[c].value != c))
+            if (mapping_.codes[c] != c ||
+                (single_ ? leaf16_[c] != c : entries_[c].kind != ENTRY_CHARACTER || entries_[c].value != c))
                 return false;
         return !mapping_.shift;
     }
