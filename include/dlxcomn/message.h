@@ -128,8 +128,6 @@ DLXCOMN_API CS_RETCODE com__err_getcache(CS_CONTEXT *context, CS_ERRHAN *errhan,
  * \\ and \q become one backslash.
  */
 DLXCOMN_API void com__err_filterescape(CS_CHAR *text);
-/* Free a list of texts; null is accepted. */
-DLXCOMN_API void comn__free_string_list(CS_STRING_LIST *list);
 
 /* ---- Raising a message ------------------------------------------------------------------------------- */
 

@@ -68,6 +68,8 @@ static_assert(offsetof(CsOID, oidnamelen) == 8 && offsetof(CsOID, oidber) == 16 
 static_assert(offsetof(CS_STRING_LIST, len) == 8 && offsetof(CS_STRING_LIST, next) == 16 &&
                   sizeof(CS_STRING_LIST) == 24,
               "CS_STRING_LIST crosses the library's edge");
+/* Free a list of texts; null is accepted. */
+DLXCOMN_API void comn__free_string_list(CS_STRING_LIST *list);
 
 /* ---- Maps: rows of number and text; the key CS_UNUSED ends a table --------------------------- */
 

@@ -300,7 +300,8 @@ CS_RETCODE comn__intl_load_charset(CsContext *context, CsOID *oid, CsLocCache *l
         return COM_TRACE(status);
     }
     set->charnext = static_cast<CsCharDesc *>(sets);
-    sets = set;
+    // Messages are read under the mutex of their cache alone, and find their set here.
+    __atomic_store_n(&sets, static_cast<CS_VOID *>(set), __ATOMIC_RELEASE);
     return CS_SUCCEED;
 }
 

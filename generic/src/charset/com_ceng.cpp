@@ -55,19 +55,22 @@ private:
 
 std::size_t with_terminator(CS_INT length) { return static_cast<std::size_t>(length) + 1; }
 
-// A copy of the source with a NUL behind it, as the Unicode library takes its texts.
+// A copy of the source with zeros behind it: the Unicode library reads its texts up to a NUL, and UTF-16 up to a unit of
+// zero, which half a unit may precede.
 class TerminatedCopy {
 public:
-    TerminatedCopy(const CS_BYTE *source, CS_INT length) : buffer_(with_terminator(length)) {
+    TerminatedCopy(const CS_BYTE *source, CS_INT length) : buffer_(static_cast<std::size_t>(length) + ZEROS) {
         if (!buffer_.is_there())
             return;
         std::memcpy(buffer_.data(), source, static_cast<std::size_t>(length));
-        buffer_.data()[length] = '\0';
+        std::memset(buffer_.data() + length, 0, ZEROS);
     }
     bool is_there() const { return buffer_.is_there(); }
     const char *text() { return buffer_.data(); }
 
 private:
+    static constexpr std::size_t ZEROS = 3;
+
     Buffer<char> buffer_;
 };
 

@@ -33,7 +33,7 @@ constexpr CSID_CSNAME row(int csid, UNICONV_CID cid) {
 using namespace dlx;
 
 // Searched from the first row on; the order is the callers' too.
-constinit const CSID_CSNAME csid_name[CSID_NAMES] = {
+constexpr CSID_CSNAME csid_name[CSID_NAMES] = {
     row<"ascii_8">(0, 0), row<"iso_1">(1, 1), row<"cp850">(2, 2), row<"cp437">(3, 3), row<"roman8">(4, 4),
     row<"mac">(5, 5), row<"decmcs">(6, -3), row<"ebcdic">(7, -3), row<"iso646">(8, 0), row<"cp860">(9, 860),
     row<"cp863">(10, 863), row<"ascii_7">(11, 0), row<"teletex">(12, -3), row<"cp1252">(13, 1252),
@@ -77,6 +77,28 @@ constinit const CSID_CSNAME csid_name[CSID_NAMES] = {
     row<"rcsu">(217, -5), row<"roman9">(218, 44), row<"kz1048">(87, 54), row<"dlxchar">(255, -3),
 };
 
+namespace dlx {
+namespace {
+
+// The first row of each csid, as a search finds it.
+struct RowOfCsid {
+    static constexpr CS_BYTE NONE = CSID_NAMES;
+
+    CS_BYTE row[UINT8_MAX + 1];
+
+    consteval RowOfCsid() {
+        for (CS_BYTE &each : row)
+            each = NONE;
+        for (CS_BYTE at = CSID_NAMES; at-- > 0;)
+            row[csid_name[at].csid] = at;
+    }
+};
+
+constexpr RowOfCsid ROW_OF_CSID;
+
+} // namespace
+} // namespace dlx
+
 CS_RETCODE com_get_csid(CS_BYTE *name, UNICONV_CID *id) {
     COM_REQUIRE_PTR(name, CS_FAIL);
     COM_REQUIRE_PTR(id, CS_FAIL);
@@ -92,11 +114,9 @@ CS_RETCODE com_get_csid(CS_BYTE *name, UNICONV_CID *id) {
 
 CS_RETCODE comn__get_unilib_cid(CS_BYTE csid, UNICONV_CID *cid) {
     COM_REQUIRE_PTR(cid, CS_FAIL);
-    for (const CSID_CSNAME &set : csid_name) {
-        if (set.csid == csid) {
-            *cid = set.unilib_cid;
-            return CS_SUCCEED;
-        }
-    }
-    return COM_TRACE(CS_FAIL);
+    const CS_BYTE row = ROW_OF_CSID.row[csid];
+    if (row == RowOfCsid::NONE)
+        return COM_TRACE(CS_FAIL);
+    *cid = csid_name[row].unilib_cid;
+    return CS_SUCCEED;
 }

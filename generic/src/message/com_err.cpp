@@ -302,15 +302,6 @@ void com__err_filterescape(CS_CHAR *text) {
     *to = '\0';
 }
 
-void comn__free_string_list(CS_STRING_LIST *list) {
-    while (list != nullptr) {
-        CS_STRING_LIST *const next = list->next;
-        std::free(list->string);
-        std::free(list);
-        list = next;
-    }
-}
-
 void com__errfile_cache_drop(CS_MESSAGE *message, CsErrFileCache *filecache) {
     COM_REQUIRE_PTR(message);
     COM_REQUIRE_PTR(filecache);

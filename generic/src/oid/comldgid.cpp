@@ -104,17 +104,8 @@ CS_INT encode(CS_CHAR *text, CS_BYTE *ber) {
 
 } // namespace
 
-void free_names(CS_STRING_LIST *names) {
-    while (names != nullptr) {
-        CS_STRING_LIST *const next = names->next;
-        std::free(names->string);
-        std::free(names);
-        names = next;
-    }
-}
-
 void free_oid(CsOID *oid) {
-    free_names(oid->oidlnames);
+    comn__free_string_list(oid->oidlnames);
     std::free(oid->oidstring);
     std::free(oid->oidber);
     std::free(oid);
@@ -123,6 +114,15 @@ void free_oid(CsOID *oid) {
 } // namespace dlx
 
 using namespace dlx;
+
+void comn__free_string_list(CS_STRING_LIST *list) {
+    while (list != nullptr) {
+        CS_STRING_LIST *const next = list->next;
+        std::free(list->string);
+        std::free(list);
+        list = next;
+    }
+}
 
 CS_RETCODE comn__encode_oid(CS_CONTEXT *context, CsOID *oid) {
     (void)context;

@@ -12,7 +12,6 @@ inline bool has_encoding(const CsOID &oid, const CS_BYTE *ber, CS_INT len) {
     return oid.oidberlen == len && (len <= 0 || std::memcmp(oid.oidber, ber, static_cast<std::size_t>(len)) == 0);
 }
 
-void free_names(CS_STRING_LIST *names);
 void free_oid(CsOID *oid);
 
 } // namespace dlx
