@@ -4,6 +4,7 @@
 #include "contest.h"
 
 #include <dlxcomn/dlxcomn.h>
+#include <dlxintl/intl.h>
 
 #include <unicode/uclean.h>
 #include <unicode/ucnv.h>
