@@ -123,11 +123,12 @@ CS_RETCODE read_only_page(CS_CONTEXT *context, CHAR_ATTRIB &set, INTL_LOCFILE *i
             last = std::max<std::size_t>(last, code.char_upper);
     if (last == 0)
         return CS_SUCCEED;
-    auto *const pages = static_cast<CS_TYPE_MAP *>(std::realloc(set.cs_type_map, (last + 1) * sizeof(CS_TYPE_MAP)));
+    const std::size_t size = (last + 1) * sizeof(CS_TYPE_MAP);
+    auto *const pages = static_cast<CS_BYTE *>(std::realloc(set.cs_type_map, size));
     if (pages == nullptr)
         return CS_MEM_ERROR;
-    std::memset(pages + 1, 0, last * sizeof(CS_TYPE_MAP));
-    set.cs_type_map = pages;
+    std::memset(pages + TYPES_SIZE, 0, size - TYPES_SIZE); // the image ends behind the first page
+    set.cs_type_map = reinterpret_cast<CS_TYPE_MAP *>(pages);
     return CS_SUCCEED;
 }
 
