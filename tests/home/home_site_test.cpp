@@ -182,6 +182,27 @@ TEST_F(HomeSite, ASortOrderIsAnIdentifierAndAFile) {
         EXPECT_LT(compare(words[i - 1], words[i]), 0) << i;
 }
 
+TEST_F(HomeSite, ACharacterSetIsAnIdentifierADirectoryAndALocale) {
+    const Strings texts = texts_of("A character set");
+    ASSERT_EQ(texts.size(), 2u);
+    add("config/objectid.dat", "charset", texts[0]);
+    const std::string set = support::content_of_file(path_of("charsets/iso_1/charset.loc"));
+    const std::string order = support::content_of_file(path_of("charsets/iso_1/binary.srt"));
+    write("charsets/house_1/charset.loc", replaced(set, "name = iso_1", "name = house_1"));
+    write("charsets/house_1/binary.srt", replaced(order, "charset = iso_1", "charset = house_1"));
+    write("charsets/house_1/house_1.cfg", "");
+    add("locales/locales.dat", "linux", texts[1]);
+    fs::create_directory_symlink(WHOLE_HOME + "/charsets/unicode", path_of("charsets/unicode"));
+    Site site(path_of(""));
+    ASSERT_EQ(site.open("de_DE.house", "ISO-8859-1"), CS_SUCCEED);
+    CS_CHAR file[] = "/etc/ncs.cfg", token[] = "[[";
+    CS_INT line = 7;
+    CsErrParams parameters;
+    ASSERT_EQ(com_ep_sds(&parameters, file, &line, token), CS_SUCCEED);
+    EXPECT_EQ(site.raised(17039368, &parameters),
+              "/etc/ncs.cfg: Client: gemeinsame Bibliothek: Syntaxfehler in Zeile 7 bei »[[«");
+}
+
 TEST_F(HomeSite, TheArcIsReplacedInEveryLine) {
     const std::string file = "config/objectid.dat";
     write(file, replaced(support::content_of_file(path_of(file)), "1.3.6.1.4.1.54321", "1.3.6.1.4.1.99999.7"));
