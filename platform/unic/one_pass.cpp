@@ -303,13 +303,33 @@ bool prepare_codes(CharacterSet *set) {
     return true;
 }
 
+void choose_best(CharacterSet *set) {
+#if defined(__x86_64__)
+    const Table &table = set->table;
+    if (!has_vectors_512() || (table.flags & TABLE_ASCII) == 0)
+        return;
+    if ((table.flags & TABLE_SINGLE) != 0) {
+        set->to_utf8 = single_to_utf8_512;
+        set->from_utf8 = single_from_utf8_512;
+    } else if (table.pair_count == 0) {
+        set->from_utf8 = codes_from_utf8_512;
+    }
+#else
+    (void)set;
+#endif
+}
+
 } // namespace
 
-bool prepare_passes(CharacterSet *set, Speed) {
+bool prepare_passes(CharacterSet *set, Speed speed) {
     const std::uint32_t flags = set->table.flags;
     if ((flags & TABLE_SHIFT) != 0)
         return true;
-    return (flags & TABLE_SINGLE) != 0 ? prepare_single(set) : prepare_codes(set);
+    if (!((flags & TABLE_SINGLE) != 0 ? prepare_single(set) : prepare_codes(set)))
+        return false;
+    if (speed == Speed::BEST)
+        choose_best(set);
+    return true;
 }
 
 void drop_passes(const CharacterSet &set) {
