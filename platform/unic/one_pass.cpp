@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 #include <new>
 
 namespace dlx::unic {
@@ -278,11 +279,14 @@ template int codes_from_utf8<std::uint32_t>(const CharacterSet &, const std::uin
 namespace {
 
 bool prepare_single(CharacterSet *set) {
-    void *const room = std::malloc(sizeof(SingleBytes));
-    if (room == nullptr)
+    constexpr std::size_t ALIGNMENT = alignof(SingleBytes);
+    set->memory = std::malloc(sizeof(SingleBytes) + ALIGNMENT - 1);
+    if (set->memory == nullptr)
         return false;
+    void *room = set->memory;
+    std::size_t left = sizeof(SingleBytes) + ALIGNMENT - 1;
     const Table &table = set->table;
-    set->single = new (room) SingleBytes(make_single_bytes(
+    set->single = new (std::align(ALIGNMENT, sizeof(SingleBytes), room, left)) SingleBytes(make_single_bytes(
         (table.flags & TABLE_ASCII) != 0, [&](unsigned byte) -> char32_t { return table.leaf16[byte]; },
         [&](unsigned c) { return table.code_of<std::uint8_t>(c); }));
     set->to_utf8 = single_to_utf8;
@@ -296,10 +300,10 @@ constexpr bool is_surrogate_place(std::uint32_t place) { return is_surrogate(pla
 bool prepare_codes(CharacterSet *set) {
     const Table &table = set->table;
     const std::uint32_t characters = table.header->sections[SECTION_LEAF16].count;
-    void *const room = std::malloc(sizeof(WideCodes) + characters * sizeof(std::uint32_t));
-    if (room == nullptr)
+    set->memory = std::malloc(sizeof(WideCodes) + characters * sizeof(std::uint32_t));
+    if (set->memory == nullptr)
         return false;
-    auto *const wide = new (room) WideCodes();
+    auto *const wide = new (set->memory) WideCodes();
     auto *const sequences = reinterpret_cast<std::uint32_t *>(wide + 1);
     for (std::uint32_t i = 0; i < characters; ++i)
         sequences[i] = PackedSequence::of(table.leaf16[i]);
@@ -344,9 +348,6 @@ bool prepare_passes(CharacterSet *set, Speed speed) {
     return true;
 }
 
-void drop_passes(const CharacterSet &set) {
-    std::free(const_cast<SingleBytes *>(set.single));
-    std::free(const_cast<WideCodes *>(set.wide));
-}
+void drop_passes(const CharacterSet &set) { std::free(set.memory); }
 
 } // namespace dlx::unic
