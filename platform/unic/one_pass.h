@@ -25,14 +25,14 @@ struct PackedSequence {
     static constexpr std::size_t length(std::uint32_t packed) { return packed >> LENGTH_SHIFT; }
 };
 
-// What a set of single bytes keeps.
+// What a set of single bytes keeps. Lies at a multiple of 64.
 struct SingleBytes {
     std::uint32_t sequences[256]; // a byte's UTF-8
     std::uint8_t codes[0x800];    // of the characters below, 0 without a partner
     bool is_ascii;                // the ASCII characters are themselves
 
     // For blocks of text at a time. The bytes from 0x80: the first and second byte of their UTF-8.
-    std::uint8_t firsts[128];
+    alignas(64) std::uint8_t firsts[128];
     std::uint8_t seconds[128];
     // The characters of two bytes behind the four leads that have most: codes, as `codes` has them.
     std::uint8_t favourites[256];
@@ -121,6 +121,15 @@ int codes_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::si
                     std::size_t size, int *count);
 int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
                   std::size_t size, int *count);
+
+// The ways for processors with AVX-512, VBMI and VBMI2, and whether this is one.
+int single_to_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                       std::size_t size, int *count);
+int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                         std::size_t size, int *count);
+int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                        std::size_t size, int *count);
+bool has_vectors_512();
 
 // Chooses the passes of a set with a table and makes what they need: false without memory. PLAIN leaves aside what
 // only some processors have.
