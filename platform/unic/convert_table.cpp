@@ -378,8 +378,26 @@ int encode_shifted(const CharacterSet &set, const Substitutes &substitutes, char
     return end_bytes(ending, begin, out, room, count);
 }
 
+// Whether the code of a character, or the one of a pair with it, is longer than a byte. What a text of the set holds for
+// bytes that are no code is not a character of it, even where there is a code for the sign.
+template <typename Width>
+bool is_wide_code(const CharacterSet &set, char32_t character) {
+    const Table &table = set.table;
+    if (character == REPLACEMENT)
+        return false;
+    std::uint32_t code = table.code_of<Width>(character);
+    if (code == 0 && (table.flags & TABLE_LINEAR) != 0)
+        code = linear_code(table, character);
+    for (std::uint32_t i = 0; code == 0 && i < table.pair_count; ++i)
+        if (table.pairs[i].first == character || table.pairs[i].second == character)
+            code = table.pairs[i].code;
+    return code > 0xFF;
+}
+
+bool is_never_wide(const CharacterSet &, char32_t) { return false; }
+
 // Whether a character is one that only sets with codes of two bytes and more have, and that fills two columns there.
-bool is_wide(char32_t c) {
+bool fills_two_columns(char32_t c) {
     return (c >= 0x1100 && c < 0x1160) || (c >= 0x2E80 && c < 0xA4D0) || (c >= 0xA960 && c < 0xA980) ||
            (c >= 0xAC00 && c < 0xD7A4) || (c >= 0xE000 && c < 0xFB00) || (c >= 0xFE30 && c < 0xFE70) ||
            (c >= 0xFF00 && c < 0xFF61) || (c >= 0xFFE0 && c < 0xFFE7) || c >= 0x10000;
@@ -387,7 +405,10 @@ bool is_wide(char32_t c) {
 
 } // namespace
 
-std::uint16_t Substitutes::of(char32_t character) const { return is_wide(character) ? wide : narrow; }
+std::uint16_t Substitutes::of(char32_t character) const {
+    const bool is_wide = source != nullptr ? source->is_wide(*source, character) : fills_two_columns(character);
+    return is_wide ? wide : narrow;
+}
 
 void choose_functions(CharacterSet *set) {
     const TableHeader &header = *set->table.header;
@@ -395,12 +416,17 @@ void choose_functions(CharacterSet *set) {
     if ((header.flags & TABLE_SINGLE) != 0) {
         set->decode = decode_single;
         set->encode = encode_single;
-    } else if ((header.flags & TABLE_SHIFT) != 0) {
+        set->is_wide = is_never_wide;
+        return;
+    }
+    const bool short_codes = header.code_width == 2;
+    set->is_wide = short_codes ? is_wide_code<std::uint16_t> : is_wide_code<std::uint32_t>;
+    if ((header.flags & TABLE_SHIFT) != 0) {
         set->decode = decode_codes<true>;
-        set->encode = header.code_width == 2 ? encode_shifted<std::uint16_t> : encode_shifted<std::uint32_t>;
+        set->encode = short_codes ? encode_shifted<std::uint16_t> : encode_shifted<std::uint32_t>;
     } else {
         set->decode = decode_codes<false>;
-        set->encode = header.code_width == 2 ? encode_codes<std::uint16_t> : encode_codes<std::uint32_t>;
+        set->encode = short_codes ? encode_codes<std::uint16_t> : encode_codes<std::uint32_t>;
     }
 }
 

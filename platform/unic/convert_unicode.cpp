@@ -252,11 +252,17 @@ int encode_utf16(const CharacterSet &, const Substitutes &, char *buffer, std::s
     return end_bytes(ending, begin, begin + 2 * n, room, count);
 }
 
+// ---- Widths -------------------------------------------------------------------------------------------------------
+
+bool is_wide_ascii(const CharacterSet &, char32_t) { return false; }
+bool is_wide_utf8(const CharacterSet &, char32_t character) { return character >= 0x80; }
+bool is_wide_utf16(const CharacterSet &, char32_t) { return true; }
+
 } // namespace
 
-constinit const CharacterSet ASCII_SET = {ASCII, decode_ascii, encode_ascii, 1, {}};
-constinit const CharacterSet UTF8_SET = {UTF8, decode_utf8, encode_utf8, 3, {}};
-constinit const CharacterSet UTF16_SET = {UTF16, decode_utf16, encode_utf16, 2, {}};
+constinit const CharacterSet ASCII_SET = {ASCII, decode_ascii, encode_ascii, is_wide_ascii, 1, {}};
+constinit const CharacterSet UTF8_SET = {UTF8, decode_utf8, encode_utf8, is_wide_utf8, 3, {}};
+constinit const CharacterSet UTF16_SET = {UTF16, decode_utf16, encode_utf16, is_wide_utf16, 2, {}};
 
 } // namespace dlx::unic
 

@@ -81,6 +81,16 @@ int uniconv_SetDBCSSubstituteChar(CVTH handle, int code) {
     return UNI_OK;
 }
 
+int uniconv_SetSource(CVTH handle, UNICONV_CID source) {
+    if (handle == nullptr)
+        return UNI_NOSET;
+    const CharacterSet *set = nullptr;
+    const int status = find_set(source, nullptr, &set);
+    if (status == UNI_OK)
+        handle_of(handle)->substitutes.source = set;
+    return status;
+}
+
 int uniconv_unistrFromS(CVTH handle, UNICHAR *buffer, int size, const char *source, int *count) {
     *count = 0;
     if (handle == nullptr)
