@@ -359,6 +359,7 @@ CS_RETCODE comn__convt_to_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_DATAFM
     COM_REQUIRE_PTR(srcfmt, CS_FAIL);
     COM_REQUIRE_PTR(src_lcache, CS_FAIL);
     COM_REQUIRE_PTR(src_lcache->locchardesc, CS_FAIL);
+    COM_REQUIRE_PTR(src_lcache->locchardesc->char_attrib, CS_FAIL);
     COM_REQUIRE_PTR(src, CS_FAIL);
     COM_REQUIRE_PTR(dest, CS_FAIL);
     COM_REQUIRE_PTR(resultlen, CS_FAIL);
@@ -388,6 +389,7 @@ CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE
     COM_REQUIRE_PTR(destfmt, CS_FAIL);
     COM_REQUIRE_PTR(dest_lcache, CS_FAIL);
     COM_REQUIRE_PTR(dest_lcache->locchardesc, CS_FAIL);
+    COM_REQUIRE_PTR(dest_lcache->locchardesc->char_attrib, CS_FAIL);
     COM_REQUIRE_PTR(dest, CS_FAIL);
     COM_REQUIRE_PTR(resultlen, CS_FAIL);
     COM_REQUIRE(destfmt->maxlength >= 0, CS_FAIL);
