@@ -394,7 +394,7 @@ CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE
     COM_REQUIRE_PTR(resultlen, CS_FAIL);
     COM_REQUIRE(destfmt->maxlength >= 0, CS_FAIL);
     *resultlen = 0;
-    if (srclen < 0 || srclen > LONGEST_UTF8)
+    if (srclen < 0)
         return COM_TRACE(CS_FAIL);
     auto *const to = static_cast<CS_BYTE *>(dest);
     const CS_INT room = destfmt->maxlength;
@@ -408,6 +408,8 @@ CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE
         CS_DATAFMT srcfmt = text_format(srclen);
         return conversion->user_conv_func(context, &srcfmt, src, destfmt, dest, resultlen);
     }
+    if (srclen > LONGEST_UTF8)
+        return COM_TRACE(CS_FAIL);
 
     UNICONV_CID cid = UNICONV_NONE;
     Handle handle;
