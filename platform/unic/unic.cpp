@@ -111,6 +111,33 @@ int uniconv_unistrToS(CVTH handle, char *buffer, int size, const UNICHAR *source
     return held.set->encode(*held.set, held.substitutes, buffer, static_cast<std::size_t>(size) - 1, source, count);
 }
 
+namespace {
+
+int pass(UNICONV_CID cid, CharacterSet::Pass CharacterSet::*way, const char *source, int length, char *buffer, int size,
+         int *count) {
+    *count = 0;
+    const CharacterSet *set = nullptr;
+    const int status = find_set(cid, nullptr, &set);
+    if (status != UNI_OK)
+        return status;
+    if (set->*way == nullptr)
+        return UNI_INDIRECT;
+    if (length < 0 || size < 0)
+        return UNI_BADTEXT;
+    return (set->*way)(*set, reinterpret_cast<const std::uint8_t *>(source), static_cast<std::size_t>(length),
+                       reinterpret_cast<std::uint8_t *>(buffer), static_cast<std::size_t>(size), count);
+}
+
+} // namespace
+
+int uniconv_StrToUTF8(UNICONV_CID cid, const char *source, int length, char *buffer, int size, int *count) {
+    return pass(cid, &CharacterSet::to_utf8, source, length, buffer, size, count);
+}
+
+int uniconv_StrFromUTF8(UNICONV_CID cid, const char *source, int length, char *buffer, int size, int *count) {
+    return pass(cid, &CharacterSet::from_utf8, source, length, buffer, size, count);
+}
+
 int uniconv_GetExpansionFactor(CVTH handle, int *factor) {
     if (handle == nullptr)
         return UNI_NOSET;

@@ -37,7 +37,8 @@ enum {
     UNI_NOSET = -1300,       /* no such set, or its table cannot be read */
     UNI_NOMEMORY = -1301,
     UNI_BADTABLE = -1302,    /* the table's file is not right */
-    UNI_BADTEXT = -1303      /* the source is no text, the code no substitute */
+    UNI_BADTEXT = -1303,     /* the source is no text, the code no substitute */
+    UNI_INDIRECT = -1304     /* the set has no way to UTF-8 and back but through 16-bit text */
 };
 /* What uniutf8_unistrToUTF8 answers where the buffer is too small. */
 #define UNI_UTF8_NOROOM (-2)
@@ -95,6 +96,19 @@ DLXUNIC_API int uniconv_unistrToS(CVTH handle, char *buffer, int size, const UNI
  */
 DLXUNIC_API int uniutf8_unistrToUTF8(char *buffer, int size, const UNICHAR *source, int *count);
 DLXUNIC_API int uniutf8_unistrFromUTF8(UNICHAR *buffer, int size, const char *source, int *count);
+
+/*
+ * Text of a set to UTF-8 and back in one pass, without a handle. The source ends behind `length` bytes or in front of its
+ * first NUL, whichever comes first; it and the buffer do not overlap. *count bytes are written, and no terminator.
+ * UNI_OK or UNI_SUBSTITUTED if the whole text came over: byte for byte what the functions above make of it by handles
+ * with "?" and "??" as substitutes, the one towards the set told of UTF-8 as the source; malformed UTF-8 is no failure.
+ * Any other answer says only that nothing was written behind the buffer, of which the content is then lost: the text or
+ * the room ended too early, the set is not there, or it has no such way (UNI_INDIRECT: UTF-16, UTF-8 itself, the
+ * compression scheme, sets with states). Handles then tell what is the case.
+ */
+DLXUNIC_API int uniconv_StrToUTF8(UNICONV_CID cid, const char *source, int length, char *buffer, int size, int *count);
+DLXUNIC_API int uniconv_StrFromUTF8(UNICONV_CID cid, const char *source, int length, char *buffer, int size,
+                                    int *count);
 
 /* *factor = the most bytes that a 16-bit unit takes in the handle's set. UNI_OK. */
 DLXUNIC_API int uniconv_GetExpansionFactor(CVTH handle, int *factor);
