@@ -527,7 +527,8 @@ CS_RETCODE comn_intl_drop_mnemdb(CS_CONTEXT *context) {
     auto *const list = static_cast<LM_HANDLE *>(context->ctxglobals->mnem_db);
     if (list == nullptr)
         return CS_SUCCEED;
-    lm_list_op(list, LM_OP_WALK, nullptr, LM_UNUSED, reinterpret_cast<CS_VOID *>(comn__drop_mnem_string), nullptr);
+    CS_PRINT_FUNC drop = comn__drop_mnem_string;
+    lm_list_op(list, LM_OP_WALK, nullptr, LM_UNUSED, &drop, nullptr);
     const CS_RETCODE status = lm_list_drop(list, LM_FORCE_DROP);
     context->ctxglobals->mnem_db = nullptr;
     return status == CS_SUCCEED ? status : COM_TRACE(status);
