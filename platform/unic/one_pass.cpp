@@ -128,6 +128,22 @@ int single_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::s
 
 namespace {
 
+// The sequence of a code that is one character of a 16-bit leaf, with its length; 0 for any other.
+inline std::uint32_t sequence_of_code(const CharacterSet &set, const Cursor &cursor, std::size_t *length) {
+    const Entry *entry = set.table.entries + cursor.p[0];
+    *length = 2;
+    for (;;) {
+        const unsigned at = static_cast<unsigned>(cursor.p[*length - 1]) - entry->low;
+        if (at > static_cast<unsigned>(entry->high) - entry->low)
+            return 0;
+        if (entry->kind == ENTRY_LEAF16)
+            return set.wide->sequences[entry->value + at];
+        if (entry->kind != ENTRY_NODE || cursor.left() < ++*length)
+            return 0;
+        entry = set.table.entries + entry->value + at;
+    }
+}
+
 // One code to UTF-8, whatever it is.
 int step_to_utf8(const CharacterSet &set, Cursor *cursor) {
     const Code code = code_at<false>(set.table, set.table.entries, cursor->p, cursor->left());
@@ -148,8 +164,6 @@ int step_to_utf8(const CharacterSet &set, Cursor *cursor) {
 
 int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
                   std::size_t size, int *count) {
-    const Entry *const root = set.table.entries;
-    const std::uint32_t *const sequences = set.wide->sequences;
     const bool ascii = (set.table.flags & TABLE_ASCII) != 0;
     Cursor cursor = {source, end_of_text(source, length), buffer, buffer + size, false};
     while (cursor.p != cursor.end) {
@@ -159,19 +173,16 @@ int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size
             copy_ascii(&cursor);
             continue;
         }
-        // Runs of codes of two bytes.
+        // Runs of codes of two bytes and more.
         const std::uint8_t *const before = cursor.p;
         while (cursor.left() >= 2 && cursor.room() >= 4) {
-            const Entry &entry = root[cursor.p[0]];
-            const unsigned at = static_cast<unsigned>(cursor.p[1]) - entry.low;
-            if (entry.kind != ENTRY_LEAF16 || at > static_cast<unsigned>(entry.high) - entry.low)
-                break;
-            const std::uint32_t packed = sequences[entry.value + at];
-            if ((packed & PackedSequence::MISSING) != 0)
+            std::size_t taken;
+            const std::uint32_t packed = sequence_of_code(set, cursor, &taken);
+            if (packed == 0 || (packed & PackedSequence::MISSING) != 0)
                 break;
             store32(cursor.out, packed);
             cursor.out += PackedSequence::length(packed);
-            cursor.p += 2;
+            cursor.p += taken;
         }
         if (cursor.p != before)
             continue;
@@ -303,13 +314,33 @@ bool prepare_codes(CharacterSet *set) {
     return true;
 }
 
+void choose_best(CharacterSet *set) {
+#if defined(__x86_64__)
+    const Table &table = set->table;
+    if (!has_vectors_512() || (table.flags & TABLE_ASCII) == 0)
+        return;
+    if ((table.flags & TABLE_SINGLE) != 0) {
+        set->to_utf8 = single_to_utf8_512;
+        set->from_utf8 = single_from_utf8_512;
+    } else if (table.pair_count == 0) {
+        set->from_utf8 = codes_from_utf8_512;
+    }
+#else
+    (void)set;
+#endif
+}
+
 } // namespace
 
-bool prepare_passes(CharacterSet *set, Speed) {
+bool prepare_passes(CharacterSet *set, Speed speed) {
     const std::uint32_t flags = set->table.flags;
     if ((flags & TABLE_SHIFT) != 0)
         return true;
-    return (flags & TABLE_SINGLE) != 0 ? prepare_single(set) : prepare_codes(set);
+    if (!((flags & TABLE_SINGLE) != 0 ? prepare_single(set) : prepare_codes(set)))
+        return false;
+    if (speed == Speed::BEST)
+        choose_best(set);
+    return true;
 }
 
 void drop_passes(const CharacterSet &set) {

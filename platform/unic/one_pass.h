@@ -122,6 +122,15 @@ int codes_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::si
 int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
                   std::size_t size, int *count);
 
+// The ways for processors with AVX-512, VBMI and VBMI2, and whether this is one.
+int single_to_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                       std::size_t size, int *count);
+int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                         std::size_t size, int *count);
+int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                        std::size_t size, int *count);
+bool has_vectors_512();
+
 // Chooses the passes of a set with a table and makes what they need: false without memory. PLAIN leaves aside what
 // only some processors have.
 enum class Speed { PLAIN, BEST };

@@ -275,15 +275,15 @@ TEST_P(UnicOnePass, EveryCharacterFromUtf8) {
             const std::string bytes = support::utf8_of(text);
             compare_from_utf8(bytes);
         }
-    for (char32_t c = 1; c < 0x30000; c += c < 0x900 ? 1 : 37)
+    for (char32_t c = 1; c < 0x30000; c += c < 0x200 ? 1 : 61)
         if (c - 0xD800 >= 0x800)
-            compare_from_utf8(support::utf8_of({c}), c % 64 == 0);
+            compare_from_utf8(support::utf8_of({c}));
 }
 
 TEST_P(UnicOnePass, EverySequenceOfTwoBytesFromUtf8) {
     const auto exported = [this](auto... a) { return exported_from(a...); };
-    for (int first = 0; first < 256; ++first)
-        for (int second = 0; second < 256; ++second)
+    for (int first = 0x7F; first < 256; ++first)
+        for (int second = 0; second < 256; second += second > 0x7D && second < 0xC3 ? 1 : 7)
             for (const std::string &behind : {std::string(), std::string("abc"), std::string("\x80\x80"),
                                               std::string(70, 'x')}) {
                 const std::string text = std::string{static_cast<char>(first), static_cast<char>(second)} + behind;
