@@ -45,7 +45,7 @@ struct Sets {
     CS_CONTEXT context = {};
 };
 
-// ---- The plain way ---------------------------------------------------------------------------------------------------
+// ---- The plain way --------------------------------------------------------------------------------------------------
 
 struct Result {
     CS_RETCODE status;
@@ -92,7 +92,8 @@ Result naive_to_set(const Units &units, UNICONV_CID from, UNICONV_CID to, std::s
     FUZZ_CHECK(uniconv_SetSource(handle, from) == UNI_OK);
     std::string bytes(room + 1, '\0');
     int count = 0;
-    const int status = uniconv_unistrToS(handle, bytes.data(), static_cast<int>(bytes.size()), units.units.data(), &count);
+    const int status =
+        uniconv_unistrToS(handle, bytes.data(), static_cast<int>(bytes.size()), units.units.data(), &count);
     FUZZ_CHECK(is_done(status) || status == UNI_NOROOM || status == UNI_NOROOM_SUBSTITUTED);
     bytes.resize(static_cast<std::size_t>(count - 1));
     return is_done(status) ? Result{CS_SUCCEED, bytes} : cut(bytes, room);
@@ -108,8 +109,7 @@ Result naive_to_utf8(UNICONV_CID from, const std::string &text, std::size_t room
         return {CS_FAIL, ""};
     std::string bytes(room + 1, '\0');
     int count = 0;
-    const int written =
-        uniutf8_unistrToUTF8(bytes.data(), static_cast<int>(bytes.size()), units.units.data(), &count);
+    const int written = uniutf8_unistrToUTF8(bytes.data(), static_cast<int>(bytes.size()), units.units.data(), &count);
     FUZZ_CHECK(written >= 0 || written == UNI_UTF8_NOROOM);
     bytes.resize(static_cast<std::size_t>(count));
     return written >= 0 ? Result{CS_SUCCEED, bytes} : cut(bytes, room);
@@ -119,7 +119,8 @@ Result naive_from_utf8(const std::string &text, UNICONV_CID to, std::size_t room
     if (to == UNICONV_UTF8)
         return {text.size() > room ? CS_ETRUNCATED : CS_SUCCEED, text.substr(0, room)};
     Units units = {0, 0, std::vector<UNICHAR>(text.size() + 1)};
-    if (uniutf8_unistrFromUTF8(units.units.data(), static_cast<int>(units.units.size()), text.c_str(), &units.count) < 0)
+    if (uniutf8_unistrFromUTF8(units.units.data(), static_cast<int>(units.units.size()), text.c_str(), &units.count) <
+        0)
         return {CS_FAIL, ""};
     return naive_to_set(units, UNICONV_UTF8, to, room);
 }
@@ -139,7 +140,7 @@ Result naive_convert(UNICONV_CID from, const std::string &text, UNICONV_CID to, 
     return result;
 }
 
-// ---- Calls ---------------------------------------------------------------------------------------------------------------
+// ---- Calls ----------------------------------------------------------------------------------------------------------
 
 std::string prefixed(const std::string &text) {
     const auto length = static_cast<CS_SMALLINT>(text.size());
@@ -150,7 +151,8 @@ std::string prefixed(const std::string &text) {
 class Operands {
 public:
     Operands(const std::string &source, std::size_t room, bool in_place)
-        : source_(std::max(source.size(), in_place ? room : 0), source), dest_(in_place ? 0 : room), in_place_(in_place) {}
+        : source_(std::max(source.size(), in_place ? room : 0), source), dest_(in_place ? 0 : room),
+          in_place_(in_place) {}
     CS_BYTE *source() { return source_.get(); }
     CS_BYTE *dest() { return in_place_ ? source_.get() : dest_.get(); }
     Result result(CS_RETCODE status, CS_INT length, std::size_t room) {

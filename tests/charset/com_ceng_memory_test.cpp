@@ -33,8 +33,8 @@ public:
         if (in_place_)
             std::memcpy(dest_.data(), source_.data(), source_.size());
         length_ = NO_LENGTH;
-        return comn_charset_convert(context, CS_LC_CTYPE, &srcfmt_, in_place_ ? dest_.data() : source_.data(), &destfmt_,
-                                    dest_.data(), &length_);
+        return comn_charset_convert(context, CS_LC_CTYPE, &srcfmt_, in_place_ ? dest_.data() : source_.data(),
+                                    &destfmt_, dest_.data(), &length_);
     }
     CS_INT length() const { return length_; }
     std::string text() const { return dest_.substr(0, static_cast<std::size_t>(std::max(length_, 0))); }
@@ -160,13 +160,12 @@ TEST_F(EngineMemory, RunsOutTowardsUtf8AndFromItByTheirOwnCalls) {
     CsLocCache *const iso_1 = cache("iso_1");
     const std::function<CS_RETCODE()> calls[] = {
         [&] {
-            return comn__convt_to_utf8(&context_, 0, &srcfmt, iso_1, const_cast<char *>(bytes.data()), room.data(), 3999,
-                                       &length);
+            return comn__convt_to_utf8(&context_, 0, &srcfmt, iso_1, const_cast<char *>(bytes.data()), room.data(),
+                                       3999, &length);
         },
         [&] {
-            return comn__convt_from_utf8(&context_, 0,
-                                         reinterpret_cast<CS_BYTE *>(const_cast<char *>(utf8.data())), 4000, &destfmt,
-                                         iso_1, room.data(), &length);
+            return comn__convt_from_utf8(&context_, 0, reinterpret_cast<CS_BYTE *>(const_cast<char *>(utf8.data())),
+                                         4000, &destfmt, iso_1, room.data(), &length);
         }};
     for (const auto &run : calls) {
         ASSERT_EQ(run(), CS_ETRUNCATED); // which takes the long way
@@ -224,9 +223,11 @@ TEST_F(EngineMemory, ShortTextAsksForNoWorkBuffers) {
 
 CS_UNICODE_MNEM *mnemonic(CS_USHORT unicode, const char *text) {
     auto *const node = static_cast<CS_UNICODE_MNEM *>(std::calloc(1, sizeof(CS_UNICODE_MNEM)));
+    const std::size_t length = std::strlen(text);
     node->unicode = unicode;
-    node->string = strdup(text);
-    node->string_len = static_cast<CS_INT>(std::strlen(text));
+    node->string = static_cast<CS_CHAR *>(std::malloc(length + 1));
+    std::memcpy(node->string, text, length + 1);
+    node->string_len = static_cast<CS_INT>(length);
     return node;
 }
 

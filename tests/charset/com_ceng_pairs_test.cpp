@@ -18,15 +18,15 @@ namespace pages = support::code_pages;
 using support::Units;
 
 constexpr char32_t LAST = 0x2FFFF;
-constexpr UNICONV_CID ASCII = 0, MAC_THAI = 41, DEC_KANJI = 8;
+constexpr UNICONV_CID ASCII = 0, MAC_THAI = 41, HEBREW = 1255, VIETNAMESE = 1258, BIG5_HK = 47;
 
 // Neither side of a text that begins with it agrees on whether it is text.
 constexpr char32_t BYTE_ORDER_MARK = 0xFEFF;
 
-// ---- What a set has ----------------------------------------------------------------------------------------------------
+// ---- What a set has -------------------------------------------------------------------------------------------------
 
-// The sets that need no table. The compression scheme leaves choices to who writes it, so text in it is compared by what it
-// says.
+// The sets that need no table. The compression scheme leaves choices to who writes it, so text in it is compared by
+// what it says.
 std::unique_ptr<pages::Oracle> oracle_of(UNICONV_CID cid) {
     switch (cid) {
     case ASCII:
@@ -53,9 +53,8 @@ public:
     explicit Set(const CSID_CSNAME &row) : name(name_of(row)), cid(row.unilib_cid), oracle(oracle_of(cid)) {
         const CHAR_ATTRIB &attributes = *Shipped::instance()[name].cache.locchardesc->char_attrib;
         is_wide = attributes.cs_width_map != nullptr;
-        is_shifted = std::ranges::any_of(pages::SETS, [&](const pages::Set &set) {
-            return set.number == cid && set.shape == pages::Shape::shift;
-        });
+        is_shifted = std::ranges::any_of(
+            pages::SETS, [&](const pages::Set &set) { return set.number == cid && set.shape == pages::Shape::shift; });
         has_.resize(LAST + 1);
         if (is_universal()) {
             for (char32_t c = 1; c <= LAST; ++c)
@@ -98,9 +97,10 @@ public:
     const std::string name;
     const UNICONV_CID cid;
     const std::unique_ptr<pages::Oracle> oracle;
-    bool is_wide;                 // it has characters of two bytes and more
-    bool is_shifted;              // in a state of their own
-    bool is_written_wide = false; // a character becomes two bytes and more, be they two codes of one: a letter and a mark
+    bool is_wide;    // it has characters of two bytes and more
+    bool is_shifted; // in a state of their own
+    // A character becomes two bytes and more, be they two codes of one: a letter and a mark.
+    bool is_written_wide = false;
 
 private:
     bool is_asked(char32_t c) const {
@@ -112,7 +112,7 @@ private:
                 return false;
         // Marks that the C library joins with the letter in front of them.
         const bool is_mark = (c >= 0x300 && c < 0x370) || (c >= 0x5B0 && c < 0x5C8);
-        return !is_mark || (cid != 1255 && cid != 1258 && cid != 47);
+        return !is_mark || (cid != HEBREW && cid != VIETNAMESE && cid != BIG5_HK);
     }
     static bool is_other_in_mac_thai(const std::string &bytes) {
         return bytes == "\xEE" || bytes == "\xFA" || bytes == "\xFB";
@@ -132,7 +132,7 @@ const std::vector<std::unique_ptr<Set>> &sets() {
     return all;
 }
 
-// ---- Text ----------------------------------------------------------------------------------------------------------------
+// ---- Text -----------------------------------------------------------------------------------------------------------
 
 // Characters that both sets have.
 std::u32string common_text(std::mt19937_64 &random, const Set &from, const Set &to, std::size_t length) {
@@ -285,7 +285,7 @@ TEST_F(EnginePairs, EverySetToUtf8AndBackByTheirOwnCalls) {
     }
 }
 
-// ---- Characters without a partner -------------------------------------------------------------------------------------------
+// ---- Characters without a partner -----------------------------------------------------------------------------------
 
 TEST_F(EnginePairs, EachCharacterWithoutAPartnerIsReplacedByItsWidth) {
     std::mt19937_64 random(615);
@@ -325,7 +325,7 @@ TEST_F(EnginePairs, EachCharacterWithoutAPartnerIsReplacedByItsWidth) {
     EXPECT_GT(replaced, 20000);
 }
 
-// ---- Text of any bytes ---------------------------------------------------------------------------------------------------------
+// ---- Text of any bytes ----------------------------------------------------------------------------------------------
 
 // What comes is within the room, and the answer is one that is told.
 TEST_F(EnginePairs, AnyBytesInAnyRoom) {

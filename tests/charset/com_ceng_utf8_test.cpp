@@ -25,7 +25,7 @@ void expect_failure(const Result &result) {
     EXPECT_EQ(result.length, 0);
 }
 
-// ---- To UTF-8 ----------------------------------------------------------------------------------------------------------
+// ---- To UTF-8 -------------------------------------------------------------------------------------------------------
 
 TEST_F(EngineUtf8, ToItselfIsACopyOfAnyBytesAndACutIsTold) {
     const std::string bytes("\xFF\0\xC3", 3);
@@ -68,16 +68,16 @@ TEST_F(EngineUtf8, ToItAsciiIsCopied) {
     const std::string text("a\0\x7F", 3);
     BareSet unknown(99);
     expect_text(to_utf8(&unknown.locale.cache, text, 3), CS_SUCCEED, text);
-    expect_text(to_utf8(cache("cp037"), "\x4B", 3), CS_SUCCEED, "\x4B"); // a full stop there: no look at the set is taken
+    // A full stop there: no look at the set is taken.
+    expect_text(to_utf8(cache("cp037"), "\x4B", 3), CS_SUCCEED, "\x4B");
     expect_failure(to_utf8(&unknown.locale.cache, text, 2));
 }
 
 TEST_F(EngineUtf8, ToItFromEverySet) {
-    expect_text(to_utf8(cache("iso_1"), "Gr\xFC\xDF" "e", 16), CS_SUCCEED, "Gr\xC3\xBC\xC3\x9F" "e");
+    expect_text(to_utf8(cache("iso_1"), "Gr\xFC\xDF!", 16), CS_SUCCEED, "Gr\xC3\xBC\xC3\x9F!");
     expect_text(to_utf8(cache("sjis"), "\x93\xFA\x96\x7B", 16), CS_SUCCEED, "\xE6\x97\xA5\xE6\x9C\xAC");
     expect_text(to_utf8(cache("gb18030"), "\x94\x39\xFC\x36", 16), CS_SUCCEED, "\xF0\x9F\x98\x80");
-    expect_text(to_utf8(cache("cp939"), "\x0E\x45\x62\x45\x66\x0F\xC1", 16), CS_SUCCEED,
-                "\xE6\x97\xA5\xE6\x9C\xAC" "A");
+    expect_text(to_utf8(cache("cp939"), "\x0E\x45\x62\x45\x66\x0F\xE9", 16), CS_SUCCEED, "\xE6\x97\xA5\xE6\x9C\xACZ");
     expect_text(to_utf8(cache("utf16"), std::string("\xE4\0\x3D\xD8\x00\xDE", 6), 16), CS_SUCCEED,
                 "\xC3\xA4\xF0\x9F\x98\x80");
     expect_text(to_utf8(cache("iso88593"), "a\xA5", 16), CS_SUCCEED, "a\xEF\xBF\xBD");
@@ -134,7 +134,7 @@ TEST_F(EngineUtf8DeathTest, ToItLengthsBelowZeroAreABrokenContract) {
     EXPECT_STREQ(dest, "~~~");
 }
 
-// ---- From UTF-8 --------------------------------------------------------------------------------------------------------
+// ---- From UTF-8 -----------------------------------------------------------------------------------------------------
 
 TEST_F(EngineUtf8, FromItToItselfIsACopyAndACutIsTold) {
     const std::string bytes("\xFF\0\xC3", 3);
@@ -173,12 +173,12 @@ TEST_F(EngineUtf8, FromItThereIsNoAsciiStep) {
 }
 
 TEST_F(EngineUtf8, FromItToEverySet) {
-    expect_text(from_utf8("Gr\xC3\xBC\xC3\x9F" "e", cache("iso_1"), 16), CS_SUCCEED, "Gr\xFC\xDF" "e");
+    expect_text(from_utf8("Gr\xC3\xBC\xC3\x9F!", cache("iso_1"), 16), CS_SUCCEED, "Gr\xFC\xDF!");
     expect_text(from_utf8("\xE6\x97\xA5\xE6\x9C\xAC", cache("sjis"), 16), CS_SUCCEED, "\x93\xFA\x96\x7B");
     expect_text(from_utf8("\xF0\x9F\x98\x80", cache("gb18030"), 16), CS_SUCCEED, "\x94\x39\xFC\x36");
-    expect_text(from_utf8("\xE6\x97\xA5\xE6\x9C\xAC" "A", cache("cp939"), 16), CS_SUCCEED,
-                "\x0E\x45\x62\x45\x66\x0F\xC1");
-    expect_text(from_utf8("\xE6\x97\xA5", cache("cp939"), 4), CS_SUCCEED, "\x0E\x45\x62\x0F"); // all of it changes of state
+    expect_text(from_utf8("\xE6\x97\xA5\xE6\x9C\xACZ", cache("cp939"), 16), CS_SUCCEED, "\x0E\x45\x62\x45\x66\x0F\xE9");
+    // Half of it changes of state, and the room is just enough.
+    expect_text(from_utf8("\xE6\x97\xA5", cache("cp939"), 4), CS_SUCCEED, "\x0E\x45\x62\x0F");
     expect_text(from_utf8("", cache("sjis"), 0), CS_SUCCEED, "");
 }
 
@@ -211,8 +211,7 @@ TEST_F(EngineUtf8, FromItLengthsHaveLimits) {
     const auto run = [&](CS_INT srclen, const char *set) {
         CS_DATAFMT destfmt = text_format(nullptr, 3);
         CS_INT length = NO_LENGTH;
-        const CS_RETCODE status =
-            comn__convt_from_utf8(&context_, 0, src, srclen, &destfmt, cache(set), dest, &length);
+        const CS_RETCODE status = comn__convt_from_utf8(&context_, 0, src, srclen, &destfmt, cache(set), dest, &length);
         return std::pair(status, length);
     };
     using Told = std::pair<CS_RETCODE, CS_INT>;
@@ -243,13 +242,13 @@ TEST_F(EngineUtf8, FromItInPlace) {
 
 // Sets that nothing else here opens.
 TEST_F(EngineUtf8, FromItTheTablesAreFoundWhateverTheNameOfTheHome) {
-    BareSet cp1122ish(45); // cp278
+    BareSet cp278(45);
     const support::TempDirectory directory;
-    const std::string home = directory.path_of("d\xC3\xBC" "r \xE4");
+    const std::string home = directory.path_of("h\xC3\xB6me \xE4!");
     std::filesystem::create_directories(home + "/charsets");
     std::filesystem::create_symlink(DLXCOMN_BUILD_DIR "/home/charsets/unicode", home + "/charsets/unicode");
     const support::Variable variable("DALVEX", home);
-    expect_text(from_utf8("A\xC3\xA9", &cp1122ish.locale.cache, 8), CS_SUCCEED, "\xC1\x79");
+    expect_text(from_utf8("A\xC3\xA9", &cp278.locale.cache, 8), CS_SUCCEED, "\xC1\x79");
 }
 
 TEST_F(EngineUtf8, FromItAPathThatIsTooLongFails) {
@@ -273,7 +272,7 @@ TEST_F(EngineUtf8DeathTest, FromItARoomBelowZeroIsABrokenContract) {
     EXPECT_STREQ(dest, "~~~");
 }
 
-// ---- The persistent handle ---------------------------------------------------------------------------------------------------
+// ---- The persistent handle ------------------------------------------------------------------------------------------
 
 class EnginePersistentHandle : public EngineTest {
 protected:
@@ -345,7 +344,7 @@ TEST_F(EnginePersistentWideHandle, IsUsedWhateverTheSetIs) {
     expect_failure(to_utf8(cache("iso_1"), "\xE4", 8)); // half a character there
 }
 
-// ---- The copy of ASCII -----------------------------------------------------------------------------------------------------
+// ---- The copy of ASCII ----------------------------------------------------------------------------------------------
 
 struct AsciiCopy {
     CS_RETCODE status;
@@ -365,29 +364,29 @@ AsciiCopy naive_copy(std::string dest, std::size_t destlen, const std::string &s
     return {destlen < source.size() ? CS_ETRUNCATED : CS_SUCCEED, length, dest};
 }
 
+// At places of which only so much belongs to either text, `from` and `to` bytes into their memory.
+AsciiCopy copy(std::size_t destlen, const std::string &source, std::size_t from = 0, std::size_t to = 0) {
+    const std::unique_ptr<CS_BYTE[]> src(new CS_BYTE[from + source.size()]), dest(new CS_BYTE[to + destlen]);
+    std::memcpy(src.get() + from, source.data(), source.size());
+    std::memset(dest.get(), GROUND, to + destlen);
+    CS_INT length = NO_LENGTH;
+    const CS_RETCODE status = comn__copy_ascii_only(dest.get() + to, static_cast<CS_INT>(destlen), src.get() + from,
+                                                    static_cast<CS_INT>(source.size()), &length);
+    return {status, length, std::string(reinterpret_cast<char *>(dest.get()) + to, destlen)};
+}
+
+std::string ground(std::size_t length) { return std::string(length, static_cast<char>(GROUND)); }
+
 TEST(AsciiOnly, IsTheCopyByteByByte) {
     std::mt19937_64 random(20240601);
-    for (int i = 0; i < 200000; ++i) {
+    for (int i = 0; i < support::cases(200000); ++i) {
         std::string source(random() % (random() % 4 == 0 ? 200 : 40), 'x');
         for (char &c : source)
             c = static_cast<char>(random() % 128);
         for (auto bad = random() % 3; bad-- > 0 && !source.empty();)
             source[random() % source.size()] |= static_cast<char>(0x80);
         const std::size_t destlen = random() % 3 == 0 ? random() % 64 : source.size() + random() % 3;
-        // At any address, with nothing behind either text.
-        const std::size_t from = random() % 16, to = random() % 16;
-        const std::unique_ptr<CS_BYTE[]> src(new CS_BYTE[from + source.size()]);
-        std::memcpy(src.get() + from, source.data(), source.size());
-        const std::string ground(to + destlen, static_cast<char>(GROUND));
-        const std::unique_ptr<CS_BYTE[]> dest(new CS_BYTE[ground.size()]);
-        std::memcpy(dest.get(), ground.data(), ground.size());
-        CS_INT length = NO_LENGTH;
-        const CS_RETCODE status =
-            comn__copy_ascii_only(dest.get() + to, static_cast<CS_INT>(destlen), src.get() + from,
-                                  static_cast<CS_INT>(source.size()), &length);
-        const AsciiCopy told = {status, length,
-                                std::string(reinterpret_cast<char *>(dest.get()) + to, destlen)};
-        ASSERT_EQ(told, naive_copy(ground.substr(to), destlen, source));
+        ASSERT_EQ(copy(destlen, source, random() % 16, random() % 16), naive_copy(ground(destlen), destlen, source));
     }
 }
 
@@ -397,45 +396,25 @@ TEST(AsciiOnly, EveryByteAtEveryPlace) {
             for (const int byte : {0x00, 0x01, 0x7F, 0x80, 0x81, 0xC3, 0xFF}) {
                 std::string source(length, 'a');
                 source[at] = static_cast<char>(byte);
-                std::string dest(length + 1, '~');
-                CS_INT count = NO_LENGTH;
-                const CS_RETCODE status = comn__copy_ascii_only(
-                    reinterpret_cast<CS_BYTE *>(dest.data()), static_cast<CS_INT>(length),
-                    reinterpret_cast<CS_BYTE *>(source.data()), static_cast<CS_INT>(length), &count);
-                ASSERT_EQ((AsciiCopy{status, count, dest}), naive_copy(std::string(length + 1, '~'), length, source));
+                ASSERT_EQ(copy(length + 1, source), naive_copy(ground(length + 1), length + 1, source));
             }
 }
 
 TEST(AsciiOnly, TheFirstByteThatIsNoneIsStored) {
-    char dest[] = "~~~~~~";
-    char source[] = "ab\xE4\xF6z";
-    CS_INT length = NO_LENGTH;
-    EXPECT_EQ(comn__copy_ascii_only(reinterpret_cast<CS_BYTE *>(dest), 6, reinterpret_cast<CS_BYTE *>(source), 5, &length),
-              CS_ENOCONV);
-    EXPECT_EQ(length, 0);
-    EXPECT_STREQ(dest, "ab\xE4~~~");
+    EXPECT_EQ(copy(6, "ab\xE4\xF6z"), (AsciiCopy{CS_ENOCONV, 0, "ab\xE4" + ground(3)}));
+    // Also where bytes behind it would have gone in one step.
+    EXPECT_EQ(copy(20, "\xE4 0123456789abcdefg"), (AsciiCopy{CS_ENOCONV, 0, "\xE4" + ground(19)}));
 }
 
 TEST(AsciiOnly, ACutIsTold) {
-    char dest[] = "~~~~";
-    char source[] = "abc\xE4";
-    CS_INT length = NO_LENGTH;
-    EXPECT_EQ(comn__copy_ascii_only(reinterpret_cast<CS_BYTE *>(dest), 3, reinterpret_cast<CS_BYTE *>(source), 4, &length),
-              CS_ETRUNCATED);
-    EXPECT_EQ(length, 3);
-    EXPECT_STREQ(dest, "abc~");
+    EXPECT_EQ(copy(3, "abc\xE4"), (AsciiCopy{CS_ETRUNCATED, 3, "abc"}));
+    EXPECT_EQ(copy(2, "a\xE4z"), (AsciiCopy{CS_ENOCONV, 0, "a\xE4"}));
 }
 
 TEST(AsciiOnly, ARoomOfNothingTakesNothing) {
-    char dest[] = "~~~~";
-    char source[] = "\xE4";
-    CS_INT length = NO_LENGTH;
-    EXPECT_EQ(comn__copy_ascii_only(reinterpret_cast<CS_BYTE *>(dest), 0, reinterpret_cast<CS_BYTE *>(source), 1, &length),
-              CS_ETRUNCATED);
-    EXPECT_EQ(length, 0);
-    EXPECT_EQ(comn__copy_ascii_only(reinterpret_cast<CS_BYTE *>(dest), 0, reinterpret_cast<CS_BYTE *>(source), 0, &length),
-              CS_SUCCEED);
-    EXPECT_STREQ(dest, "~~~~");
+    EXPECT_EQ(copy(0, "\xE4"), (AsciiCopy{CS_ETRUNCATED, 0, ""}));
+    EXPECT_EQ(copy(0, ""), (AsciiCopy{CS_SUCCEED, 0, ""}));
+    EXPECT_EQ(copy(4, ""), (AsciiCopy{CS_SUCCEED, 0, ground(4)}));
 }
 
 TEST(AsciiOnly, ItMayLieOnItsSource) {
@@ -447,7 +426,7 @@ TEST(AsciiOnly, ItMayLieOnItsSource) {
     EXPECT_EQ(length, 20);
 }
 
-// ---- How far text can grow ---------------------------------------------------------------------------------------------------
+// ---- How far text can grow ------------------------------------------------------------------------------------------
 
 class EngineMultiplier : public EngineTest {
 protected:
@@ -522,9 +501,9 @@ class EngineGrowth : public EngineMultiplier {
 protected:
     std::string text_of(const std::string &set) {
         static constexpr std::pair<char32_t, unsigned> SCRIPTS[] = {
-            {0x20, 0x5F},   {0xA0, 0x60},    {0x100, 0x80},    {0x391, 0x40},    {0x410, 0x40},     {0x5D0, 0x1B},
-            {0x621, 0x20},  {0xE01, 0x3A},   {0x1EA0, 0x50},   {0x3041, 0x50},   {0x4E00, 0x2000},  {0xAC00, 0x2000},
-            {0xFF61, 0x40}, {0x2010, 0x100}, {0x2500, 0x80},   {0x20000, 0x2000}};
+            {0x20, 0x5F},   {0xA0, 0x60},    {0x100, 0x80},  {0x391, 0x40},    {0x410, 0x40},    {0x5D0, 0x1B},
+            {0x621, 0x20},  {0xE01, 0x3A},   {0x1EA0, 0x50}, {0x3041, 0x50},   {0x4E00, 0x2000}, {0xAC00, 0x2000},
+            {0xFF61, 0x40}, {0x2010, 0x100}, {0x2500, 0x80}, {0x20000, 0x2000}};
         if (random_() % 2 == 0) {
             std::string bytes(1 + random_() % 24, 'x');
             const bool high = random_() % 2 == 0;
@@ -572,17 +551,29 @@ TEST_F(EngineMultiplierDeathTest, NullPointersAreReported) {
     CS_LOCALE empty = {};
     Locale no_set(nullptr);
     support::NullCalls calls;
-    calls.add("no context", [&] { return comn_convert_max_multiplier(nullptr, 2, locale("iso_1"), locale("mac"), &result); }, CS_FAIL);
-    calls.add("no result", [&] { return comn_convert_max_multiplier(&context_, 2, locale("iso_1"), locale("mac"), nullptr); }, CS_FAIL);
-    calls.add("no locale", [&] { return comn_convert_max_multiplier(&context_, 2, nullptr, locale("mac"), &result); }, CS_FAIL);
-    calls.add("no locale", [&] { return comn_convert_max_multiplier(&context_, 2, locale("mac"), nullptr, &result); }, CS_FAIL);
-    calls.add("no category", [&] { return comn_convert_max_multiplier(&context_, 2, &empty, locale("mac"), &result); }, CS_FAIL);
-    calls.add("no set", [&] { return comn_convert_max_multiplier(&context_, 2, locale("mac"), &no_set.record, &result); }, CS_FAIL);
+    calls.add(
+        "no context", [&] { return comn_convert_max_multiplier(nullptr, 2, locale("iso_1"), locale("mac"), &result); },
+        CS_FAIL);
+    calls.add(
+        "no result", [&] { return comn_convert_max_multiplier(&context_, 2, locale("iso_1"), locale("mac"), nullptr); },
+        CS_FAIL);
+    calls.add(
+        "no locale", [&] { return comn_convert_max_multiplier(&context_, 2, nullptr, locale("mac"), &result); },
+        CS_FAIL);
+    calls.add(
+        "no locale", [&] { return comn_convert_max_multiplier(&context_, 2, locale("mac"), nullptr, &result); },
+        CS_FAIL);
+    calls.add(
+        "no category", [&] { return comn_convert_max_multiplier(&context_, 2, &empty, locale("mac"), &result); },
+        CS_FAIL);
+    calls.add(
+        "no set", [&] { return comn_convert_max_multiplier(&context_, 2, locale("mac"), &no_set.record, &result); },
+        CS_FAIL);
     calls.expect_reports("com_ceng");
     calls.expect_answers([] {}, [] {});
 }
 
-// ---- Null pointers -----------------------------------------------------------------------------------------------------------
+// ---- Null pointers --------------------------------------------------------------------------------------------------
 
 TEST_F(EngineUtf8DeathTest, NullPointersAreReported) {
     CS_DATAFMT format = text_format(nullptr, 1);
@@ -608,8 +599,8 @@ TEST_F(EngineUtf8DeathTest, NullPointersAreReported) {
     to("to: source", &context_, &format, iso_1, nullptr, dest, &length);
     to("to: destination", &context_, &format, iso_1, src, nullptr, &length);
     to("to: length", &context_, &format, iso_1, src, dest, nullptr);
-    const auto from = [&](const char *name, CS_CONTEXT *context, CS_BYTE *source, CS_DATAFMT *destfmt, CsLocCache *cache,
-                          CS_VOID *room, CS_INT *count) {
+    const auto from = [&](const char *name, CS_CONTEXT *context, CS_BYTE *source, CS_DATAFMT *destfmt,
+                          CsLocCache *cache, CS_VOID *room, CS_INT *count) {
         calls.add(
             name, [=] { return comn__convt_from_utf8(context, 0, source, 1, destfmt, cache, room, count); }, CS_FAIL);
     };
@@ -629,9 +620,12 @@ TEST_F(EngineUtf8DeathTest, NullPointersAreReported) {
     copy("copy: destination", nullptr, src, &length);
     copy("copy: source", room, nullptr, &length);
     copy("copy: length", room, src, nullptr);
-    calls.add("mnemonics: context", [] { return comn_intl_drop_mnemdb(nullptr); }, CS_FAIL);
-    calls.add("mnemonics: globals", [&] { return comn_intl_drop_mnemdb(&bare); }, CS_FAIL);
-    calls.add("a mnemonic", [] { return comn__drop_mnem_string(nullptr); }, 0);
+    calls.add(
+        "mnemonics: context", [] { return comn_intl_drop_mnemdb(nullptr); }, CS_FAIL);
+    calls.add(
+        "mnemonics: globals", [&] { return comn_intl_drop_mnemdb(&bare); }, CS_FAIL);
+    calls.add(
+        "a mnemonic", [] { return comn__drop_mnem_string(nullptr); }, 0);
     calls.expect_reports("com_ceng");
     calls.expect_answers([] {},
                          [&] {

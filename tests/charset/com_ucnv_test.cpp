@@ -154,7 +154,7 @@ TEST_F(UserConversions, ContextsHaveListsOfTheirOwn) {
     EXPECT_EQ(found, nullptr);
 }
 
-// ---- Names ------------------------------------------------------------------------------------------------------------
+// ---- Names ----------------------------------------------------------------------------------------------------------
 
 TEST_F(UserConversions, AnUnknownNameIsToldForEveryAction) {
     CS_CONV_FUNC function = first;
@@ -218,7 +218,7 @@ TEST_F(UserConversions, WithoutATableOfIdentifiersNoNameIsKnown) {
     globals_.ctxoids = nullptr;
 }
 
-// ---- Get ----------------------------------------------------------------------------------------------------------------
+// ---- Get ------------------------------------------------------------------------------------------------------------
 
 TEST_F(UserConversions, AGetTellsFunctionAndMultiplier) {
     set("a", "b", first, 3);
@@ -259,7 +259,7 @@ TEST_F(UserConversions, ALookUpComparesIdentifiersAsPointers) {
     EXPECT_EQ(found, nullptr);
 }
 
-// ---- Clear --------------------------------------------------------------------------------------------------------------
+// ---- Clear ----------------------------------------------------------------------------------------------------------
 
 TEST_F(UserConversions, AClearOfOneBehindTheHeadTakesItAlone) {
     set("a", "b", first);
@@ -320,7 +320,7 @@ TEST_F(UserConversions, AClearTakesFunctionAndMultiplierForNothing) {
     EXPECT_EQ(multiplier, UNTOUCHED);
 }
 
-// ---- The list -----------------------------------------------------------------------------------------------------------
+// ---- The list -------------------------------------------------------------------------------------------------------
 
 TEST_F(UserConversions, ADropFreesTheWholeList) {
     set("a", "b", first);
@@ -347,7 +347,7 @@ TEST_F(UserConversions, WithoutMemoryNothingIsSet) {
     EXPECT_EQ(head()->user_conv_func, second);
 }
 
-// ---- Broken contracts ------------------------------------------------------------------------------------------------------
+// ---- Broken contracts -----------------------------------------------------------------------------------------------
 
 TEST_F(UserConversionsDeathTest, OtherActionsAreABrokenContract) {
     CS_CONV_FUNC function = first;
@@ -379,8 +379,7 @@ TEST_F(UserConversionsDeathTest, NullPointersAreReported) {
         add("no destination", &context_, a, nullptr);
         if (action != 35)
             calls.add(
-                "no function",
-                [=, this] { return call(action, "a", "b", nullptr, nullptr); }, CS_FAIL);
+                "no function", [=, this] { return call(action, "a", "b", nullptr, nullptr); }, CS_FAIL);
     }
     calls.add(
         "look-up: no context", [&] { return comn__get_user_charconv(nullptr, nullptr, nullptr, &found); }, CS_FAIL);

@@ -134,8 +134,9 @@ struct Result {
 
     // What the call says it wrote; as long as the status and the length are what they should be.
     std::string text() const {
-        return length < 0 || static_cast<std::size_t>(length) > room.size() ? "(no text)"
-                                                                            : room.substr(0, static_cast<std::size_t>(length));
+        return length < 0 || static_cast<std::size_t>(length) > room.size()
+                   ? "(no text)"
+                   : room.substr(0, static_cast<std::size_t>(length));
     }
     bool untouched_from(std::size_t from) const {
         return room.find_first_not_of(static_cast<char>(GROUND), from) == std::string::npos;
@@ -224,8 +225,8 @@ protected:
         Operands operands(source, room);
         Result result;
         result.status =
-            comn__convt_from_utf8(&context_, match_mode, operands.source(), static_cast<CS_INT>(source.size()), &destfmt,
-                                  to, operands.dest(), &result.length);
+            comn__convt_from_utf8(&context_, match_mode, operands.source(), static_cast<CS_INT>(source.size()),
+                                  &destfmt, to, operands.dest(), &result.length);
         result.room = operands.room();
         return result;
     }

@@ -1,4 +1,4 @@
-// The code pages as other libraries have them: the C library's iconv and ICU, and where they are known to differ from ours.
+// The code pages as other libraries have them, iconv and ICU, and where they are known to differ from ours.
 #ifndef TESTS_SUPPORT_CODE_PAGES_H
 #define TESTS_SUPPORT_CODE_PAGES_H
 
