@@ -59,6 +59,7 @@ void enter_mutex_rows();
 void enter_utf_rows();
 void enter_sort_rows();
 void enter_locale_rows();
+void enter_charset_rows();
 
 } // namespace bench
 

@@ -16,6 +16,7 @@ int main(int argc, char **argv) {
     bench::enter_utf_rows();
     bench::enter_sort_rows();
     bench::enter_locale_rows();
+    bench::enter_charset_rows();
 
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))

@@ -207,7 +207,8 @@ int step_from_utf8(const CharacterSet &set, Cursor *cursor) {
         code = table.code_of<Width>(sequence.character);
     if (sizeof(Width) > 1 && table.pair_count != 0 && cursor->p + length != cursor->end) {
         const Sequence next = sequence_at(cursor->p + length, cursor->end);
-        const std::uint32_t both = next.kind == Sequence::CUT ? 0 : pair_code(table, sequence.character, next.character);
+        const std::uint32_t both =
+            next.kind == Sequence::CUT ? 0 : pair_code(table, sequence.character, next.character);
         if (both != 0) {
             code = both;
             length += next.length;

@@ -1,5 +1,5 @@
-// The passes for processors that move and look up bytes in vectors of 64 (AVX-512 with VBMI and VBMI2). Loads and stores
-// are masked: short values take one round, and no round reads or writes a byte too many.
+// The passes for processors that move and look up bytes in vectors of 64 (AVX-512 with VBMI and VBMI2). Loads and
+// stores are masked: short values take one round, and no round reads or writes a byte too many.
 //
 // A round converts the characters of a block up to the first that it cannot convert; that one is taken by a step of its
 // own, and the next round begins behind it.
@@ -76,8 +76,8 @@ VECTORS int single_to_utf8_512(const CharacterSet &set, const std::uint8_t *sour
         const __m512i firsts = _mm512_permutex2var_epi8(firsts_low, twice, firsts_high);
         const __m512i seconds = _mm512_permutex2var_epi8(seconds_low, twice, seconds_high);
         const __m512i both = _mm512_mask_mov_epi8(firsts, 0xAAAAAAAAAAAAAAAA, seconds);
-        const std::uint32_t three =
-            _mm512_mask_cmpge_epu16_mask(upper, _mm512_slli_epi16(firsts, 8), _mm512_set1_epi16(static_cast<short>(0xE000)));
+        const std::uint32_t three = _mm512_mask_cmpge_epu16_mask(upper, _mm512_slli_epi16(firsts, 8),
+                                                                 _mm512_set1_epi16(static_cast<short>(0xE000)));
         if (three == 0) {
             const __m512i sequences = _mm512_mask_mov_epi16(_mm512_maskz_mov_epi16(present, words), upper, both);
             if (!put(&cursor, _mm512_test_epi8_mask(sequences, sequences), sequences))
@@ -175,8 +175,7 @@ VECTORS int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *so
         const __m512i found =
             _mm512_mask_mov_epi8(_mm512_permutex2var_epi8(codes[0], at, codes[1]), _mm512_movepi8_mask(at),
                                  _mm512_permutex2var_epi8(codes[2], at, codes[3]));
-        const std::uint64_t whole =
-            _mm512_mask_test_epi8_mask(block.continuations & known_leads << 1, found, found);
+        const std::uint64_t whole = _mm512_mask_test_epi8_mask(block.continuations & known_leads << 1, found, found);
         // What is not a whole character with a code ends the round.
         const std::uint64_t others = (leads & ~(whole >> 1)) | (block.continuations & ~whole & ~(leads << 1));
         const std::size_t n = std::min(first_of(others), block.length);
@@ -241,8 +240,8 @@ VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *sou
             return _mm512_mask_cmpge_epu8_mask(leads, block.bytes, _mm512_set1_epi8(static_cast<char>(byte)));
         };
         const std::uint64_t threes = at_least(0xE0) & ~at_least(0xF0), twos = at_least(0xC2) & ~at_least(0xE0);
-        const std::uint64_t whole = (twos & block.continuations >> 1) |
-                                    (threes & block.continuations >> 1 & block.continuations >> 2);
+        const std::uint64_t whole =
+            (twos & block.continuations >> 1) | (threes & block.continuations >> 1 & block.continuations >> 2);
         const std::uint64_t inner = (whole << 1) | (whole & threes) << 2;
         const std::uint64_t others = (leads & ~whole) | (block.continuations & ~inner);
         const std::size_t shaped = std::min(first_of(others), block.length);

@@ -62,8 +62,7 @@ public:
         std::basic_string<UNICHAR> text(units.text.begin(), units.text.end());
         std::string out(text.size() * 3 + 1, '\0');
         int count = 0;
-        const int written =
-            uniutf8_unistrToUTF8(out.data(), static_cast<int>(out.size()), text.c_str(), &count);
+        const int written = uniutf8_unistrToUTF8(out.data(), static_cast<int>(out.size()), text.c_str(), &count);
         EXPECT_GE(written, 0);
         out.resize(static_cast<size_t>(written));
         return {true, units.status, out};
@@ -132,8 +131,7 @@ Result run(const std::string &source, size_t room, Call call) {
     std::copy(source.begin(), source.end(), exact.get());
     const std::unique_ptr<char[]> buffer(new char[room]);
     int count = -1;
-    const int status =
-        call(exact.get(), static_cast<int>(source.size()), buffer.get(), static_cast<int>(room), &count);
+    const int status = call(exact.get(), static_cast<int>(source.size()), buffer.get(), static_cast<int>(room), &count);
     if (!is_done(status))
         return {false, 0, ""};
     if (count < 0 || static_cast<size_t>(count) > room)
@@ -186,13 +184,13 @@ protected:
     }
     void compare_to_utf8(const std::string &source, bool all_rooms = false) {
         compare(
-            two_steps_.to_utf8(source), source, all_rooms,
-            [this](auto... a) { return exported_to(a...); }, [this](auto... a) { return plain_.to_utf8(a...); });
+            two_steps_.to_utf8(source), source, all_rooms, [this](auto... a) { return exported_to(a...); },
+            [this](auto... a) { return plain_.to_utf8(a...); });
     }
     void compare_from_utf8(const std::string &source, bool all_rooms = false) {
         compare(
-            two_steps_.from_utf8(source), source, all_rooms,
-            [this](auto... a) { return exported_from(a...); }, [this](auto... a) { return plain_.from_utf8(a...); });
+            two_steps_.from_utf8(source), source, all_rooms, [this](auto... a) { return exported_from(a...); },
+            [this](auto... a) { return plain_.from_utf8(a...); });
     }
 
     // Characters that the set has, of which texts are made.
@@ -283,9 +281,9 @@ TEST_P(UnicOnePass, EveryCharacterFromUtf8) {
 TEST_P(UnicOnePass, EverySequenceOfTwoBytesFromUtf8) {
     const auto exported = [this](auto... a) { return exported_from(a...); };
     for (int first = 0x7F; first < 256; ++first)
-        for (int second = 0; second < 256; second += second > 0x7D && second < 0xC3 ? 1 : 7)
-            for (const std::string &behind : {std::string(), std::string("abc"), std::string("\x80\x80"),
-                                              std::string(70, 'x')}) {
+        for (int second = 0; second<256; second += second> 0x7D && second < 0xC3 ? 1 : 7)
+            for (const std::string &behind :
+                 {std::string(), std::string("abc"), std::string("\x80\x80"), std::string(70, 'x')}) {
                 const std::string text = std::string{static_cast<char>(first), static_cast<char>(second)} + behind;
                 ASSERT_EQ(run(text, 300, exported), two_steps_.from_utf8(text)) << described(text, 300);
                 if (behind.empty() || first < 0x80)
@@ -322,7 +320,10 @@ TEST_P(UnicOnePass, RandomBytes) {
         const int kind = static_cast<int>(random() % 4);
         for (char &c : bytes) {
             const auto bits = random();
-            c = static_cast<char>(kind == 0 ? bits : kind == 1 ? 0x80 | bits : kind == 2 ? 0xC0 | bits : 1 + bits % 255);
+            c = static_cast<char>(kind == 0   ? bits
+                                  : kind == 1 ? 0x80 | bits
+                                  : kind == 2 ? 0xC0 | bits
+                                              : 1 + bits % 255);
             if (kind == 3 && bits >> 60 == 0)
                 c = '\xE2';
         }
