@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/mman.h>
+
 namespace {
 
 using namespace engine;
@@ -415,6 +417,36 @@ TEST_F(Engine, EveryRoomOfAText) {
             expect_text(result, CS_ETRUNCATED, whole.substr(0, end) + std::string(room - end, '\0'));
         }
     }
+}
+
+// A room without limit, as some callers tell it, costs no more than its text takes.
+TEST_F(Engine, TheGreatestRoomThereIs) {
+    constexpr CS_INT ROOM = INT32_MAX;
+    void *const memory =
+        mmap(nullptr, ROOM, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    auto *const dest = static_cast<char *>(memory);
+    for (const auto &[from, text, to, expected] :
+         {Sample{"iso_1", "\xE4\xF6", "utf8", "\xC3\xA4\xC3\xB6"}, Sample{"iso_1", "\xE4\xF6", "cp850", "\x84\x94"},
+          Sample{"eucjis", "\xC6\xFC", "cp939", "\x0E\x45\x62\x0F"},
+          Sample{"cp939", "\x0E\x45\x62\x0F\xE9", "utf8", "\xE6\x97\xA5Z"},
+          Sample{"utf8", "\xE6\x97\xA5", "cp939", "\x0E\x45\x62\x0F"},
+          Sample{"utf8", "\xE6\x97\xA5", "sjis", "\x93\xFA"}, Sample{"iso_1", "plain", "utf8", "plain"},
+          Sample{"iso_1", "\xE4", "iso_1", "\xE4"}}) {
+        SCOPED_TRACE(std::string(from) + " to " + to);
+        std::string source = text;
+        CS_DATAFMT srcfmt = text_format(locale(from), source.size()), destfmt = text_format(locale(to), ROOM);
+        CS_INT length = NO_LENGTH;
+        EXPECT_EQ(comn_charset_convert(&context_, CS_LC_CTYPE, &srcfmt, source.data(), &destfmt, dest, &length),
+                  CS_SUCCEED);
+        EXPECT_EQ(std::string(dest, static_cast<std::size_t>(std::max(length, 0))), expected);
+        if (to == std::string("utf8")) {
+            EXPECT_EQ(comn__convt_to_utf8(&context_, 0, &srcfmt, cache(from), source.data(), dest, ROOM, &length),
+                      CS_SUCCEED);
+            EXPECT_EQ(std::string(dest, static_cast<std::size_t>(std::max(length, 0))), expected);
+        }
+    }
+    munmap(memory, ROOM);
 }
 
 // ---- Source that ends inside a character ----------------------------------------------------------------------------
