@@ -54,12 +54,21 @@ struct Result {
     bool operator==(const Result &) const = default;
 };
 
+class Handle {
+public:
+    explicit Handle(UNICONV_CID cid) { FUZZ_CHECK(uniconv_HandleGet(cid, &handle_) == UNI_OK); }
+    ~Handle() { uniconv_HandleFree(handle_); }
+    Handle(const Handle &) = delete;
+    Handle &operator=(const Handle &) = delete;
+    CVTH get() const { return handle_; }
+
+private:
+    CVTH handle_;
+};
+
 CVTH handle_of(UNICONV_CID cid) {
-    static std::map<UNICONV_CID, CVTH> handles;
-    CVTH &handle = handles[cid];
-    if (handle == nullptr)
-        FUZZ_CHECK(uniconv_HandleGet(cid, &handle) == UNI_OK);
-    return handle;
+    static std::map<UNICONV_CID, Handle> handles;
+    return handles.try_emplace(cid, cid).first->second.get();
 }
 
 Result cut(std::string text, std::size_t room) {
