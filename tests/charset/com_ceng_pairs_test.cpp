@@ -258,6 +258,57 @@ TEST_F(EnginePairs, LongTextOfEverySetInBothDirections) {
         }
 }
 
+// Around the sizes of the buffers on the stack, in rooms without a spare byte.
+TEST_F(EnginePairs, TextOfTheSizesOfWorkBuffers) {
+    std::mt19937_64 random(617);
+    const auto set = [](const char *name) -> const Set & {
+        return **std::ranges::find_if(sets(), [&](const auto &each) { return each->name == name; });
+    };
+    const std::pair<const Set &, const Set &> pairs[] = {
+        {set("iso_1"), set("cp850")},  {set("iso_1"), set("utf8")}, {set("utf8"), set("iso_1")},
+        {set("sjis"), set("eucjis")},  {set("sjis"), set("utf8")},  {set("utf8"), set("sjis")},
+        {set("cp939"), set("utf8")},   {set("utf8"), set("cp939")}, {set("gb18030"), set("utf16")},
+        {set("utf16"), set("gb18030")}};
+    for (const auto &[from, to] : pairs)
+        for (const std::size_t middle : {64u, 128u, 255u, 510u, 1023u})
+            for (std::size_t length = middle - 6; length < middle + 6; ++length) {
+                const std::u32string text = common_text(random, from, to, length);
+                const Units units = support::units_of(text);
+                const std::string source = from.oracle->bytes(units).value();
+                const std::string expected = to.oracle->bytes(units).value();
+                const Result result = convert(from.name, source, to.name, expected.size());
+                ASSERT_EQ(result.status, CS_SUCCEED) << context(from, to, source);
+                expect_same(result.text(), expected, context(from, to, source));
+                check_cut(from, to, text, expected.size() - 1);
+                if (HasFatalFailure())
+                    return;
+            }
+}
+
+// The steps over blocks of ASCII, and out of them.
+TEST_F(EnginePairs, OneAccentAtEveryPlaceOfATextOfEveryLength) {
+    for (std::size_t length = 1; length <= 140; ++length)
+        for (std::size_t at = 0; at < length; ++at) {
+            const std::string before(at, 'b'), behind(length - at - 1, 'e');
+            const std::string iso_1 = before + "\xE4" + behind, cp850 = before + "\x84" + behind;
+            const std::string utf8 = before + "\xC3\xA4" + behind;
+            ASSERT_EQ(convert("iso_1", iso_1, "cp850", length).text(), cp850);
+            ASSERT_EQ(convert("iso_1", iso_1, "utf8", length + 1).text(), utf8);
+            ASSERT_EQ(convert("utf8", utf8, "iso_1", length).text(), iso_1);
+            ASSERT_EQ(to_utf8(cache("cp850"), cp850, length + 1).text(), utf8);
+            ASSERT_EQ(from_utf8(utf8, cache("cp850"), length).text(), cp850);
+            const std::string sjis = before + "\x93\xFA" + behind, wide = before + "\xE6\x97\xA5" + behind;
+            ASSERT_EQ(convert("sjis", sjis, "utf8", length + 2).text(), wide);
+            ASSERT_EQ(convert("utf8", wide, "sjis", length + 1).text(), sjis);
+            const Result cut = convert("iso_1", iso_1, "utf8", length);
+            ASSERT_EQ(cut.status, CS_ETRUNCATED);
+            std::string kept = utf8.substr(0, length);
+            if (at == length - 1)
+                kept.back() = '\0';
+            ASSERT_EQ(cut.text(), kept);
+        }
+}
+
 TEST_F(EnginePairs, EverySetToUtf8AndBackByTheirOwnCalls) {
     std::mt19937_64 random(614);
     const Set &utf8 = **std::ranges::find_if(sets(), [](const auto &set) { return set->cid == UNICONV_UTF8; });

@@ -272,6 +272,20 @@ TEST_F(EngineUtf8DeathTest, FromItARoomBelowZeroIsABrokenContract) {
     EXPECT_STREQ(dest, "~~~");
 }
 
+TEST_F(EngineUtf8, ToItAndFromItAVariableCharacterIsPlainText) {
+    CS_DATAFMT format = text_format(nullptr, 3, CS_VARCHAR_TYPE);
+    char src[] = "\xE4\xF6\xFC", dest[] = "~~~~~~~~";
+    CS_INT length = NO_LENGTH;
+    EXPECT_EQ(comn__convt_to_utf8(&context_, 0, &format, cache("iso_1"), src, dest, 8, &length), CS_SUCCEED);
+    EXPECT_STREQ(dest, "\xC3\xA4\xC3\xB6\xC3\xBC~~");
+    EXPECT_EQ(length, 6);
+    CS_BYTE utf8[] = "\xC3\xA4\xC3\xB6\xC3\xBC";
+    char back[] = "~~~~~~~~";
+    EXPECT_EQ(comn__convt_from_utf8(&context_, 0, utf8, 6, &format, cache("cp850"), back, &length), CS_SUCCEED);
+    EXPECT_STREQ(back, "\x84\x94\x81~~~~~");
+    EXPECT_EQ(length, 3);
+}
+
 // ---- The persistent handle ------------------------------------------------------------------------------------------
 
 class EnginePersistentHandle : public EngineTest {
