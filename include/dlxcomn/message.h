@@ -13,17 +13,18 @@
  *
  * The key is the number of the message in decimal digits. The first value is its SQLSTATE, of which 7 bytes at most are
  * kept; the others, one at least, make up its text. In a text in quotes \" \b \f \n \r \t name a character, and
- * com__err_filterescape tells what becomes of other backslashes. "%1!" and "%2!" in a text are the parameters behind the
- * name of the API function, "%%" is a percent sign; that holds for messages that are raised with such parameters, while
- * other texts stand as they are. Sections of other names are skipped.
+ * com__err_filterescape tells what becomes of other backslashes. "%1!" and "%2!" in a text are the parameters behind
+ * the name of the API function, "%%" is a percent sign; that holds for messages that are raised with such parameters,
+ * while other texts stand as they are. Sections of other names are skipped.
  *
  * Texts are read one by one when they are asked for, into a cache of at most 100 behind the language and character set
- * (CS_MESSAGE of locale.h), converted to that set. It is shared by all contexts of an application that have the language
- * and set, and stays until comn_intl_message_drop. The cache is a list of files, each with its sections, each with its
- * messages; a history of all says which is the oldest, and the 101st takes its place, however often that was asked for.
+ * (CS_MESSAGE of locale.h), converted to that set. It is shared by all contexts of an application that have the
+ * language and set, and stays until comn_intl_message_drop. The cache is a list of files, each with its sections, each
+ * with its messages; a history of all says which is the oldest, and the 101st takes its place, however often that was
+ * asked for.
  *
- * All of the cache is guarded by msgmtx of the record; every function here takes it itself, unless it says that the caller
- * holds it. A context is used by one thread at a time.
+ * All of the cache is guarded by msgmtx of the record; every function here takes it itself, unless it says that the
+ * caller holds it. A context is used by one thread at a time.
  *
  * Unless a function says more, a null pointer that it is given is reported as such (diag.h); where reports return, the
  * answer is CS_FAIL and nothing is written.
@@ -141,8 +142,8 @@ DLXCOMN_API CS_RETCODE com_err_init(CS_CONTEXT *context, CS_ERRHAN *errhan, cons
  */
 DLXCOMN_API CS_RETCODE com_err_msg(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_ERRIDX *idx, CS_CHAR **msg);
 /*
- * The SQLSTATE of a message, without a NUL, in sqlstatelen (at least 1) bytes. *outlen is its length, also where it does
- * not fit, which is CS_FAIL.
+ * The SQLSTATE of a message, without a NUL, in sqlstatelen (at least 1) bytes. *outlen is its length, also where it
+ * does not fit, which is CS_FAIL.
  */
 DLXCOMN_API CS_RETCODE com_err_sqlstate(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT errnum, CS_INT errtag,
                                         CS_BYTE *sqlstate, CS_INT sqlstatelen, CS_INT *outlen);
@@ -157,8 +158,8 @@ DLXCOMN_API CS_RETCODE com__err_load_sections(CS_CONTEXT *context, CS_MESSAGE *m
                                               const CS_ERRSECTION *sections, CS_INT nsections, const CS_ERRIDX *errs,
                                               CS_INT nerrs, CsErrFileCache *filecache);
 /*
- * Read on in the reader's section until nerrs (1 to 100) of the given messages have been met. One that is cached counts,
- * and is not read again; the end of the section before that is no failure.
+ * Read on in the reader's section until nerrs (1 to 100) of the given messages have been met. One that is cached
+ * counts, and is not read again; the end of the section before that is no failure.
  */
 DLXCOMN_API CS_RETCODE com__err_load_errors(CS_CONTEXT *context, CS_MESSAGE *message, INTL_LOCFILE *ifile,
                                             const CS_ERRIDX *errs, CS_INT nerrs, CsErrSecCache *seccache);
@@ -171,8 +172,8 @@ DLXCOMN_API CsErrorCache *com__scan_cache(CsErrSecCache *seccache, CS_INT errnum
 DLXCOMN_API CS_RETCODE com__err_getcache(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT errtag, CS_INT errnum,
                                          CsErrorCache **out);
 /*
- * Turn \" \b \f \n \r \t into what they name, in place. A backslash in front of anything else stays, and that goes: both
- * \\ and \q become one backslash. At the end of the text a backslash stands for itself.
+ * Turn \" \b \f \n \r \t into what they name, in place. A backslash in front of anything else stays, and that goes:
+ * both \\ and \q become one backslash. At the end of the text a backslash stands for itself.
  */
 DLXCOMN_API void com__err_filterescape(CS_CHAR *text);
 
@@ -181,8 +182,8 @@ DLXCOMN_API void com__err_filterescape(CS_CHAR *text);
 #define CS_MAX_MSG 1024
 
 /*
- * A message number has four bytes: layer (the top one), origin, severity and number. Layer and origin are numbers in the
- * sections "comlayer" and "comorigin", the number is one in the section of the message; so 17040898, which is
+ * A message number has four bytes: layer (the top one), origin, severity and number. Layer and origin are numbers in
+ * the sections "comlayer" and "comorigin", the number is one in the section of the message; so 17040898, which is
  * 0x01040602, is message 2 of severity 6, from origin 4 of layer 1. Messages of origin 5 have no text in a file: their
  * number is a code of dlxintl/intl.h without its sign, and its text theirs.
  */
@@ -201,7 +202,9 @@ struct _cs_clientmsg {
     CS_INT sqlstatelen;
 };
 
-/* The parameters of a message. Pointers must hold until the message is built. A type is 0 for a text, 8 for a CS_INT. */
+/*
+ * The parameters of a message. Pointers must hold until the message is built. A type is 0 for a text, 8 for a CS_INT.
+ */
 typedef struct _cserrparams {
     CS_INT ep_numparams; /* 1 to 3; the first is the name of the API function */
     CS_CHAR *ep_format;  /* of those behind the first */
@@ -231,7 +234,9 @@ typedef struct _cserrstrings {
     CS_INT es_oserrlen;
 } CsErrStrings;
 
-/* The texts of last resort, by failure code: 1 no memory, 2 no layer, 3 no origin, 4 no message. CS_UNUSED ends them. */
+/*
+ * The texts of last resort, by failure code: 1 no memory, 2 no layer, 3 no origin, 4 no message. CS_UNUSED ends them.
+ */
 extern DLXCOMN_API const CS_STRINGS Msgfailures[];
 
 /* Pack parameters: s is a text, d an integer by its address. The first is the name of the API function. */
@@ -270,7 +275,10 @@ DLXCOMN_API CS_RETCODE com__get_errmsg(CS_CONTEXT *context, CS_ERRHAN *errhan, C
                                        CsErrParams *params, CsErrStrings *strings);
 /* The text of the code that a message of origin 5 carries. */
 DLXCOMN_API void com__get_intlerr(CS_MSGNUM msgnum, CsErrStrings *strings);
-/* Fill a template with two or three parameters, in `length` bytes that are allocated; on failure es_err is the template. */
+/*
+ * Fill a template with two or three parameters, in `length` bytes that are allocated; on failure es_err is the
+ * template.
+ */
 DLXCOMN_API void com__call_strbuild(CsErrParams *params, CS_CHAR *message_template, CS_INT length,
                                     CsErrStrings *strings);
 /* A text of the catalog, or else the default of a failure code. */
