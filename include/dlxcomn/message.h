@@ -230,7 +230,7 @@ typedef struct _cserrstrings {
     CS_CHAR *es_err;
     CS_INT es_errlen;
     CS_BOOL es_err_alloc; /* es_err is to be freed */
-    CS_CHAR *es_oserr;
+    CS_CHAR *es_oserr; /* no part of a message of this library */
     CS_INT es_oserrlen;
 } CsErrStrings;
 
