@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <deque>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -80,7 +81,7 @@ public:
         if (tag == tags_.end())
             return CS_FAIL;
         if (!is_cached(index)) {
-            NaiveLocfile file(content);
+            NaiveLocfile file = opened(content);
             NaiveLocfile::Answer section;
             while ((section = file.next_section()).text && section.text->c_str() != tag->second) {
             }
@@ -100,6 +101,14 @@ public:
     int code() const { return code_; } // of the last failure of the reader
 
 private:
+    // The file at its beginning, taken apart anew only when it is another.
+    NaiveLocfile opened(const std::string &content) {
+        if (!file_ || content != content_) {
+            content_ = content;
+            file_.emplace(content);
+        }
+        return *file_;
+    }
     CS_RETCODE missing(const NaiveLocfile::Answer &answer) {
         if (answer.status >= 0)
             return CS_FAIL;
@@ -112,7 +121,7 @@ private:
     bool is_cached(Index index) const { return position(index) != messages_.end(); }
 
     CS_RETCODE read_sections(const std::string &content, const Sections &sections, const std::vector<Index> &wanted) {
-        NaiveLocfile file(content);
+        NaiveLocfile file = opened(content);
         for (std::size_t met = 0; met < sections.size();) {
             const NaiveLocfile::Answer name = file.next_section();
             if (!name.text)
@@ -163,6 +172,8 @@ private:
         return CS_SUCCEED;
     }
 
+    std::string content_;
+    std::optional<NaiveLocfile> file_;
     bool is_known_ = false;
     Sections tags_;
     std::deque<Message> messages_;
