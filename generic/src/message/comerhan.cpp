@@ -47,16 +47,25 @@ struct Parameter {
 Parameter text(CS_CHAR *value) { return {TEXT, value}; }
 Parameter integer(CS_INT *value) { return {INTEGER, value}; }
 
-CS_RETCODE pack(SourceLine where, CsErrParams *ep, const char *format, Parameter first,
-                Parameter second = {TEXT, nullptr}, Parameter third = {TEXT, nullptr}, CS_INT count = 1) {
+constexpr Parameter NONE = {TEXT, nullptr};
+
+// `where` is the packer that the parameters were given to.
+CS_RETCODE pack(SourceLine where, CsErrParams *ep, CS_INT count, const char *format, Parameter first,
+                Parameter second = NONE, Parameter third = NONE) {
     COM_REQUIRE_PTR_AT(where, ep, CS_FAIL);
     COM_REQUIRE_PTR_AT(where, first.value, CS_FAIL);
     if (count >= 2)
         COM_REQUIRE_PTR_AT(where, second.value, CS_FAIL);
     if (count >= 3)
         COM_REQUIRE_PTR_AT(where, third.value, CS_FAIL);
-    *ep = {count,      const_cast<CS_CHAR *>(format), first.type, first.value, second.type, second.value, third.type,
-           third.value};
+    *ep = {.ep_numparams = count,
+           .ep_format = const_cast<CS_CHAR *>(format),
+           .ep_type1 = first.type,
+           .ep_param1 = first.value,
+           .ep_type2 = second.type,
+           .ep_param2 = second.value,
+           .ep_type3 = third.type,
+           .ep_param3 = third.value};
     return CS_SUCCEED;
 }
 
@@ -177,24 +186,24 @@ const CS_STRINGS Msgfailures[] = {
 
 // ---- Parameters ----
 
-CS_RETCODE com_ep_s(CsErrParams *ep, CS_CHAR *str1) { return pack(COM_HERE, ep, "%s", text(str1)); }
+CS_RETCODE com_ep_s(CsErrParams *ep, CS_CHAR *str1) { return pack(COM_HERE, ep, 1, "%s", text(str1)); }
 CS_RETCODE com_ep_sd(CsErrParams *ep, CS_CHAR *str1, CS_INT *int1) {
-    return pack(COM_HERE, ep, "%d", text(str1), integer(int1), {}, 2);
+    return pack(COM_HERE, ep, 2, "%d", text(str1), integer(int1));
 }
 CS_RETCODE com_ep_ss(CsErrParams *ep, CS_CHAR *str1, CS_CHAR *str2) {
-    return pack(COM_HERE, ep, "%s", text(str1), text(str2), {}, 2);
+    return pack(COM_HERE, ep, 2, "%s", text(str1), text(str2));
 }
 CS_RETCODE com_ep_sss(CsErrParams *ep, CS_CHAR *str1, CS_CHAR *str2, CS_CHAR *str3) {
-    return pack(COM_HERE, ep, "%s %s", text(str1), text(str2), text(str3), 3);
+    return pack(COM_HERE, ep, 3, "%s %s", text(str1), text(str2), text(str3));
 }
 CS_RETCODE com_ep_sds(CsErrParams *ep, CS_CHAR *str1, CS_INT *int1, CS_CHAR *str2) {
-    return pack(COM_HERE, ep, "%d %s", text(str1), integer(int1), text(str2), 3);
+    return pack(COM_HERE, ep, 3, "%d %s", text(str1), integer(int1), text(str2));
 }
 CS_RETCODE com_ep_sdd(CsErrParams *ep, CS_CHAR *str1, CS_INT *int1, CS_INT *int2) {
-    return pack(COM_HERE, ep, "%d %d", text(str1), integer(int1), integer(int2), 3);
+    return pack(COM_HERE, ep, 3, "%d %d", text(str1), integer(int1), integer(int2));
 }
 CS_RETCODE com_ep_ssd(CsErrParams *ep, CS_CHAR *str1, CS_CHAR *str2, CS_INT *int1) {
-    return pack(COM_HERE, ep, "%s %d", text(str1), text(str2), integer(int1), 3);
+    return pack(COM_HERE, ep, 3, "%s %d", text(str1), text(str2), integer(int1));
 }
 
 // ---- Texts ----
@@ -202,7 +211,7 @@ CS_RETCODE com_ep_ssd(CsErrParams *ep, CS_CHAR *str1, CS_CHAR *str2, CS_INT *int
 void com__get_failerr(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT failcode, CS_CHAR **out) {
     COM_REQUIRE_PTR(out);
     if (find_text(context, errhan, CS_ERRTAG_DEFAULTS, failcode, out) == CS_SUCCEED)
-        return;
+        return; // why the file has none does not matter here
     const CS_STRINGS *failure = Msgfailures;
     while (failure->key != CS_UNUSED && failure->key != failcode)
         ++failure;
