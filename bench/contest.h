@@ -58,6 +58,7 @@ void enter_locfile_rows();
 void enter_mutex_rows();
 void enter_utf_rows();
 void enter_sort_rows();
+void enter_locale_rows();
 void enter_message_rows();
 
 } // namespace bench

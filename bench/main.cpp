@@ -15,6 +15,7 @@ int main(int argc, char **argv) {
     bench::enter_mutex_rows();
     bench::enter_utf_rows();
     bench::enter_sort_rows();
+    bench::enter_locale_rows();
     bench::enter_message_rows();
 
     benchmark::Initialize(&argc, argv);

@@ -1,4 +1,5 @@
 // Conversions by a table. Text is mostly ASCII, then mostly characters of one look-up; what is rarer stands aside.
+#include "codes.h"
 #include "sets.h"
 #include "text.h"
 
@@ -9,9 +10,6 @@ namespace {
 
 constexpr int SHIFT_OUT = 0x0E; // to codes of two bytes
 constexpr int SHIFT_IN = 0x0F;
-
-constexpr bool is_digit(unsigned byte) { return byte - 0x30 < 10; }
-constexpr bool is_linear_lead(unsigned byte) { return byte - 0x81 < 126; }
 
 // ---- Bytes to characters ----------------------------------------------------------------------------------------
 
@@ -38,82 +36,6 @@ int decode_single(const CharacterSet &set, UNICHAR *buffer, std::size_t room, co
         missing |= buffer[i] == REPLACEMENT;
     }
     return end_units({missing, n < length, false}, buffer, buffer + n, count);
-}
-
-// What stands at a place of a text.
-struct Code {
-    std::size_t length; // in bytes
-    char32_t character; // U+FFFD for a code that is none
-    char32_t second;    // of a pair, else 0
-    bool truncated;     // the text ends inside
-};
-
-Code code_of_linear(const Table &table, const std::uint8_t *p, std::size_t left) {
-    if (left < 3)
-        return {0, 0, 0, true};
-    if (!is_linear_lead(p[2]))
-        return {1, REPLACEMENT, 0, false};
-    if (left < 4)
-        return {0, 0, 0, true};
-    if (!is_linear_lead(p[0]) || !is_digit(p[3]))
-        return {1, REPLACEMENT, 0, false};
-    const std::uint32_t linear = ((p[0] - 0x81u) * 10 + (p[1] - 0x30u)) * 1260 + (p[2] - 0x81u) * 10 + (p[3] - 0x30u);
-    const LinearRange *end = table.ranges + table.range_count;
-    const LinearRange *range = std::upper_bound(
-        table.ranges, end, linear, [](std::uint32_t value, const LinearRange &one) { return value < one.linear; });
-    if (range == table.ranges || linear - range[-1].linear >= range[-1].count)
-        return {4, REPLACEMENT, 0, false};
-    return {4, range[-1].character + (linear - range[-1].linear), 0, false};
-}
-
-std::uint32_t linear_code(const Table &table, char32_t character) {
-    const LinearRange *end = table.origins + table.origin_count;
-    const LinearRange *range = std::upper_bound(
-        table.origins, end, character, [](char32_t value, const LinearRange &one) { return value < one.character; });
-    if (range == table.origins || character - range[-1].character >= range[-1].count)
-        return 0;
-    const std::uint32_t linear = range[-1].linear + (character - range[-1].character);
-    return (0x81 + linear / 12600) << 24 | (0x30 + linear / 1260 % 10) << 16 | (0x81 + linear / 10 % 126) << 8 |
-           (0x30 + linear % 10);
-}
-
-// What a malformed code leaves: a byte that does not continue it is no part of it, and what it begins is read next. Nor
-// is an ASCII character part of a code that is none: no damage makes a quote or a bracket disappear.
-Code code_from(const Table &table, const Entry *root, const std::uint8_t *p, std::size_t left) {
-    const Entry *entry = root + p[0];
-    for (std::size_t length = 1;; ++length) {
-        if (entry->kind == ENTRY_CHARACTER)
-            return {length, entry->value, 0, false};
-        if (entry->kind == ENTRY_PAIR)
-            return {length, table.pairs[entry->value].first, table.pairs[entry->value].second, false};
-        if (length == left)
-            return {0, 0, 0, true};
-        const unsigned byte = p[length];
-        if (byte < entry->low || byte > entry->high) {
-            if (length == 1 && (table.flags & TABLE_LINEAR) != 0 && is_digit(byte))
-                return code_of_linear(table, p, left);
-            return {length, REPLACEMENT, 0, false};
-        }
-        const std::uint32_t at = entry->value + (byte - entry->low);
-        if (entry->kind == ENTRY_LEAF16)
-            return {length + 1, table.leaf16[at], 0, false};
-        if (entry->kind == ENTRY_LEAF32) {
-            const std::uint32_t value = table.leaf32[at];
-            if ((value & PAIR_BIT) == 0)
-                return {length + 1, value, 0, false};
-            const Pair &pair = table.pairs[value & ~PAIR_BIT];
-            return {length + 1, pair.first, pair.second, false};
-        }
-        entry = table.entries + at;
-    }
-}
-
-template <bool SHIFT>
-Code code_at(const Table &table, const Entry *root, const std::uint8_t *p, std::size_t left) {
-    Code code = code_from(table, root, p, left);
-    if (!SHIFT && code.character == REPLACEMENT && code.length == 2 && p[1] < 0x80)
-        code.length = 1;
-    return code;
 }
 
 constexpr int units_of(char32_t character) { return character == 0 ? 0 : character < 0x10000 ? 1 : 2; }
@@ -247,22 +169,6 @@ int encode_single(const CharacterSet &set, const Substitutes &substitutes, char 
     return end_bytes(ending, begin, out, room, count);
 }
 
-constexpr int bytes_of(std::uint32_t code) { return code < 0x100 ? 1 : code < 0x10000 ? 2 : code < 0x1000000 ? 3 : 4; }
-
-inline std::uint8_t *put_code(std::uint8_t *out, std::uint32_t code, int bytes) {
-    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
-        *out++ = static_cast<std::uint8_t>(code >> shift);
-    return out;
-}
-
-// The code of the pair that begins with `first`, if the next character makes it one.
-std::uint32_t pair_code(const Table &table, char32_t first, char32_t second) {
-    for (std::uint32_t i = 0; i < table.pair_count; ++i)
-        if (table.pairs[i].first == first && table.pairs[i].second == second)
-            return table.pairs[i].code;
-    return 0;
-}
-
 // The code of the character at p, or of the pair there; 0 without a partner. *units is what it stands for.
 template <typename Width>
 std::uint32_t code_for(const Table &table, const UNICHAR *p, const UNICHAR *end, char32_t *character, int *units) {
@@ -378,8 +284,26 @@ int encode_shifted(const CharacterSet &set, const Substitutes &substitutes, char
     return end_bytes(ending, begin, out, room, count);
 }
 
+// Whether the code of a character, or the one of a pair with it, is longer than a byte. What a text of the set holds for
+// bytes that are no code is not a character of it, even where there is a code for the sign.
+template <typename Width>
+bool is_wide_code(const CharacterSet &set, char32_t character) {
+    const Table &table = set.table;
+    if (character == REPLACEMENT)
+        return false;
+    std::uint32_t code = table.code_of<Width>(character);
+    if (code == 0 && (table.flags & TABLE_LINEAR) != 0)
+        code = linear_code(table, character);
+    for (std::uint32_t i = 0; code == 0 && i < table.pair_count; ++i)
+        if (table.pairs[i].first == character || table.pairs[i].second == character)
+            code = table.pairs[i].code;
+    return code > 0xFF;
+}
+
+bool is_never_wide(const CharacterSet &, char32_t) { return false; }
+
 // Whether a character is one that only sets with codes of two bytes and more have, and that fills two columns there.
-bool is_wide(char32_t c) {
+bool fills_two_columns(char32_t c) {
     return (c >= 0x1100 && c < 0x1160) || (c >= 0x2E80 && c < 0xA4D0) || (c >= 0xA960 && c < 0xA980) ||
            (c >= 0xAC00 && c < 0xD7A4) || (c >= 0xE000 && c < 0xFB00) || (c >= 0xFE30 && c < 0xFE70) ||
            (c >= 0xFF00 && c < 0xFF61) || (c >= 0xFFE0 && c < 0xFFE7) || c >= 0x10000;
@@ -387,7 +311,10 @@ bool is_wide(char32_t c) {
 
 } // namespace
 
-std::uint16_t Substitutes::of(char32_t character) const { return is_wide(character) ? wide : narrow; }
+std::uint16_t Substitutes::of(char32_t character) const {
+    const bool is_wide = source != nullptr ? source->is_wide(*source, character) : fills_two_columns(character);
+    return is_wide ? wide : narrow;
+}
 
 void choose_functions(CharacterSet *set) {
     const TableHeader &header = *set->table.header;
@@ -395,12 +322,17 @@ void choose_functions(CharacterSet *set) {
     if ((header.flags & TABLE_SINGLE) != 0) {
         set->decode = decode_single;
         set->encode = encode_single;
-    } else if ((header.flags & TABLE_SHIFT) != 0) {
+        set->is_wide = is_never_wide;
+        return;
+    }
+    const bool short_codes = header.code_width == 2;
+    set->is_wide = short_codes ? is_wide_code<std::uint16_t> : is_wide_code<std::uint32_t>;
+    if ((header.flags & TABLE_SHIFT) != 0) {
         set->decode = decode_codes<true>;
-        set->encode = header.code_width == 2 ? encode_shifted<std::uint16_t> : encode_shifted<std::uint32_t>;
+        set->encode = short_codes ? encode_shifted<std::uint16_t> : encode_shifted<std::uint32_t>;
     } else {
         set->decode = decode_codes<false>;
-        set->encode = header.code_width == 2 ? encode_codes<std::uint16_t> : encode_codes<std::uint32_t>;
+        set->encode = short_codes ? encode_codes<std::uint16_t> : encode_codes<std::uint32_t>;
     }
 }
 

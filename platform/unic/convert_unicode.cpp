@@ -1,4 +1,5 @@
 // The sets that need no table: ASCII, UTF-8 and UTF-16; and UTF-8 without a handle, where a fault ends the conversion.
+#include "one_pass.h"
 #include "sets.h"
 #include "text.h"
 #include "utf8.h"
@@ -252,11 +253,18 @@ int encode_utf16(const CharacterSet &, const Substitutes &, char *buffer, std::s
     return end_bytes(ending, begin, begin + 2 * n, room, count);
 }
 
+// ---- Widths -------------------------------------------------------------------------------------------------------
+
+bool is_wide_ascii(const CharacterSet &, char32_t) { return false; }
+bool is_wide_utf8(const CharacterSet &, char32_t character) { return character >= 0x80; }
+bool is_wide_utf16(const CharacterSet &, char32_t) { return true; }
+
 } // namespace
 
-constinit const CharacterSet ASCII_SET = {ASCII, decode_ascii, encode_ascii, 1, {}};
-constinit const CharacterSet UTF8_SET = {UTF8, decode_utf8, encode_utf8, 3, {}};
-constinit const CharacterSet UTF16_SET = {UTF16, decode_utf16, encode_utf16, 2, {}};
+constinit const CharacterSet ASCII_SET = {ASCII, decode_ascii, encode_ascii, is_wide_ascii, 1, single_to_utf8, single_from_utf8,
+                                          &ASCII_BYTES, nullptr,      {}};
+constinit const CharacterSet UTF8_SET = {UTF8, decode_utf8, encode_utf8, is_wide_utf8, 3, nullptr, nullptr, nullptr, nullptr, {}};
+constinit const CharacterSet UTF16_SET = {UTF16, decode_utf16, encode_utf16, is_wide_utf16, 2, nullptr, nullptr, nullptr, nullptr, {}};
 
 } // namespace dlx::unic
 

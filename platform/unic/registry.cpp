@@ -1,5 +1,6 @@
 // The sets of the process: a table is looked for by the first handle and shared by all later ones. A look-up of a set
 // that is there takes no lock. A failure is not kept: a file that appears later is found.
+#include "one_pass.h"
 #include "sets.h"
 
 #include "../intl/home_directory.h"
@@ -57,6 +58,11 @@ int load(int number, const UNICHAR *directory, const CharacterSet **set) {
     }
     new (kept) CharacterSet(fresh);
     choose_functions(kept);
+    if (!prepare_passes(kept, Speed::BEST)) {
+        std::free(kept);
+        unmap_table(fresh.table);
+        return UNI_NOMEMORY;
+    }
     loaded[number].store(kept, std::memory_order_release);
     *set = kept;
     return UNI_OK;

@@ -411,8 +411,11 @@ int encode_scsu(const CharacterSet &, const Substitutes &, char *buffer, std::si
     return end_bytes(ending, begin, end, room, count);
 }
 
+// Latin-1 takes a byte in the window that every text begins with.
+bool is_wide_scsu(const CharacterSet &, char32_t character) { return character > 0xFF; }
+
 } // namespace
 
-constinit const CharacterSet COMPRESSION_SET = {COMPRESSION, decode_scsu, encode_scsu, 3, {}};
+constinit const CharacterSet COMPRESSION_SET = {COMPRESSION, decode_scsu, encode_scsu, is_wide_scsu, 3, nullptr, nullptr, nullptr, nullptr, {}};
 
 } // namespace dlx::unic

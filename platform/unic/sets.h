@@ -16,22 +16,35 @@ constexpr int UTF16 = -1;
 constexpr int UTF8 = -4;
 constexpr int COMPRESSION = -5;
 
+struct CharacterSet;
+
 // What is written for a character without a partner.
 struct Substitutes {
     std::uint8_t narrow = '?';
     std::uint16_t wide = '?' << 8 | '?';
+    const CharacterSet *source = nullptr; // that the text came from, if it was told
 
     std::uint16_t of(char32_t character) const;
 };
+
+struct SingleBytes;
+struct WideCodes;
 
 struct CharacterSet {
     using Decoder = int (*)(const CharacterSet &set, UNICHAR *buffer, std::size_t room, const char *source, int *count);
     using Encoder = int (*)(const CharacterSet &set, const Substitutes &substitutes, char *buffer, std::size_t room,
                             const UNICHAR *source, int *count);
+    using Pass = int (*)(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                         std::size_t size, int *count);
     int number;
     Decoder decode; // room is without the terminator, for both
     Encoder encode;
+    bool (*is_wide)(const CharacterSet &set, char32_t character); // whether it takes two bytes or more here
     int unit_bytes; // the most bytes that a 16-bit unit takes
+    Pass to_utf8;   // null where 16-bit text is the only way, for both
+    Pass from_utf8;
+    const SingleBytes *single; // for the passes: what they need besides the table, for sets of single bytes
+    const WideCodes *wide;     // the same for sets with wider codes
     Table table;
 };
 
@@ -41,7 +54,7 @@ int find_set(int number, const UNICHAR *directory, const CharacterSet **set);
 
 // Built-in sets.
 extern const CharacterSet ASCII_SET, UTF16_SET, UTF8_SET, COMPRESSION_SET;
-// The functions for a table, with its header's unit_bytes.
+// The functions for a table, with its header's unit_bytes. A character that the set lacks is not wide.
 void choose_functions(CharacterSet *set);
 
 // ---- How conversions end ----------------------------------------------------------------------------------------

@@ -20,6 +20,14 @@ constexpr std::uint32_t LINEAR_CODES = 126 * 10 * 126 * 10;
 constexpr std::size_t CHECKSUM_OFFSET = offsetof(TableHeader, checksum);
 
 constexpr bool is_character(std::uint32_t value) { return value <= LAST_CHARACTER && (value & ~0x7FFu) != 0xD800; }
+// No text holds the NUL, as a character or as a byte of a code.
+constexpr bool is_text_character(std::uint32_t value) { return value != 0 && is_character(value); }
+constexpr bool is_code(std::uint32_t code) {
+    for (std::uint32_t rest = code; rest != 0; rest >>= 8)
+        if ((rest & 0xFF) == 0)
+            return false;
+    return code != 0;
+}
 
 class Validator {
 public:
@@ -49,7 +57,7 @@ public:
 
     bool contents_are_sound() const {
         return entries_are_sound() && leaves_are_sound() && pairs_are_sound() && ranges_are_sound() &&
-               blocks_are_sound();
+               blocks_are_sound() && (!has(TABLE_ASCII) || ascii_is_itself());
     }
 
     template <typename T>
@@ -76,7 +84,7 @@ private:
             return false;
         const Entry *first = section<Entry>(SECTION_ENTRIES);
         for (const Entry *entry = first; entry != first + entries; ++entry)
-            if (!entry_is_sound(*entry))
+            if (!entry_is_sound(*entry) || (entry->kind == ENTRY_CHARACTER && entry->value == 0 && entry != first))
                 return false;
         return true;
     }
@@ -110,21 +118,20 @@ private:
         if (has(TABLE_SINGLE) && count(SECTION_LEAF16) != 256)
             return false;
         const std::uint16_t *units = section<std::uint16_t>(SECTION_LEAF16);
-        unsigned surrogates = 0;
-        for (std::uint32_t i = 0; i < count(SECTION_LEAF16); ++i)
-            surrogates += (units[i] & 0xF800u) == 0xD800;
-        const std::uint32_t *values = section<std::uint32_t>(SECTION_LEAF32);
         unsigned bad = 0;
+        for (std::uint32_t i = has(TABLE_SINGLE) ? 1 : 0; i < count(SECTION_LEAF16); ++i)
+            bad += !is_text_character(units[i]);
+        const std::uint32_t *values = section<std::uint32_t>(SECTION_LEAF32);
         for (std::uint32_t i = 0; i < count(SECTION_LEAF32); ++i)
             bad += (values[i] & PAIR_BIT) != 0 ? (values[i] & ~PAIR_BIT) >= count(SECTION_PAIRS)
-                                               : !is_character(values[i]);
-        return surrogates == 0 && bad == 0;
+                                               : !is_text_character(values[i]);
+        return bad == 0;
     }
 
     bool pairs_are_sound() const {
         const Pair *pairs = section<Pair>(SECTION_PAIRS);
         for (std::uint32_t i = 0; i < count(SECTION_PAIRS); ++i)
-            if (!is_character(pairs[i].first) || !is_character(pairs[i].second) || pairs[i].code == 0)
+            if (!is_text_character(pairs[i].first) || !is_text_character(pairs[i].second) || !is_code(pairs[i].code))
                 return false;
         return (count(SECTION_PAIRS) != 0) == (header_.pair_seconds != 0);
     }
@@ -142,7 +149,8 @@ private:
         for (std::uint32_t i = 0; i < count(which); ++i) {
             const LinearRange &range = ranges[i];
             if (range.count == 0 || range.*key < end || std::uint64_t{range.linear} + range.count > LINEAR_CODES ||
-                std::uint64_t{range.character} + range.count > LAST_CHARACTER + 1)
+                std::uint64_t{range.character} + range.count > LAST_CHARACTER + 1 || range.character == 0 ||
+                (range.character < 0xE000 && range.character + range.count > 0xD800))
                 return false;
             end = std::uint64_t{range.*key} + range.count;
         }
@@ -157,6 +165,32 @@ private:
         for (std::uint32_t i = 0; i < count(SECTION_INDEX); ++i)
             if (index[i] >= blocks)
                 return false;
+        return header_.code_width == 1   ? codes_are_sound<std::uint8_t>()
+               : header_.code_width == 2 ? codes_are_sound<std::uint16_t>()
+                                         : codes_are_sound<std::uint32_t>();
+    }
+
+    template <typename Code>
+    bool codes_are_sound() const {
+        const Code *codes = section<Code>(SECTION_BLOCKS);
+        unsigned bad = 0;
+        for (std::uint32_t i = 0; i < count(SECTION_BLOCKS); ++i)
+            bad += codes[i] != 0 && (i < 64 || !is_code(codes[i]));
+        return bad == 0;
+    }
+
+    bool ascii_is_itself() const {
+        const std::uint16_t *index = section<std::uint16_t>(SECTION_INDEX);
+        for (std::uint32_t c = 1; c < 0x80; ++c) {
+            const std::uint32_t at = index[c >> 6] * 64u + (c & 63);
+            const std::uint32_t code = header_.code_width == 1   ? section<std::uint8_t>(SECTION_BLOCKS)[at]
+                                       : header_.code_width == 2 ? section<std::uint16_t>(SECTION_BLOCKS)[at]
+                                                                 : section<std::uint32_t>(SECTION_BLOCKS)[at];
+            const Entry *entry = section<Entry>(SECTION_ENTRIES) + c;
+            if (code != c || (has(TABLE_SINGLE) ? section<std::uint16_t>(SECTION_LEAF16)[c] != c
+                                                : entry->kind != ENTRY_CHARACTER || entry->value != c))
+                return false;
+        }
         return true;
     }
 

@@ -81,6 +81,16 @@ int uniconv_SetDBCSSubstituteChar(CVTH handle, int code) {
     return UNI_OK;
 }
 
+int uniconv_SetSource(CVTH handle, UNICONV_CID source) {
+    if (handle == nullptr)
+        return UNI_NOSET;
+    const CharacterSet *set = nullptr;
+    const int status = find_set(source, nullptr, &set);
+    if (status == UNI_OK)
+        handle_of(handle)->substitutes.source = set;
+    return status;
+}
+
 int uniconv_unistrFromS(CVTH handle, UNICHAR *buffer, int size, const char *source, int *count) {
     *count = 0;
     if (handle == nullptr)
@@ -99,6 +109,33 @@ int uniconv_unistrToS(CVTH handle, char *buffer, int size, const UNICHAR *source
         return UNI_NOROOM;
     const Handle &held = *handle_of(handle);
     return held.set->encode(*held.set, held.substitutes, buffer, static_cast<std::size_t>(size) - 1, source, count);
+}
+
+namespace {
+
+int pass(UNICONV_CID cid, CharacterSet::Pass CharacterSet::*way, const char *source, int length, char *buffer, int size,
+         int *count) {
+    *count = 0;
+    const CharacterSet *set = nullptr;
+    const int status = find_set(cid, nullptr, &set);
+    if (status != UNI_OK)
+        return status;
+    if (set->*way == nullptr)
+        return UNI_INDIRECT;
+    if (length < 0 || size < 0)
+        return UNI_BADTEXT;
+    return (set->*way)(*set, reinterpret_cast<const std::uint8_t *>(source), static_cast<std::size_t>(length),
+                       reinterpret_cast<std::uint8_t *>(buffer), static_cast<std::size_t>(size), count);
+}
+
+} // namespace
+
+int uniconv_StrToUTF8(UNICONV_CID cid, const char *source, int length, char *buffer, int size, int *count) {
+    return pass(cid, &CharacterSet::to_utf8, source, length, buffer, size, count);
+}
+
+int uniconv_StrFromUTF8(UNICONV_CID cid, const char *source, int length, char *buffer, int size, int *count) {
+    return pass(cid, &CharacterSet::from_utf8, source, length, buffer, size, count);
 }
 
 int uniconv_GetExpansionFactor(CVTH handle, int *factor) {

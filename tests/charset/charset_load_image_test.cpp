@@ -8,6 +8,7 @@
 
 #include <dlxintl/intl.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -255,6 +256,19 @@ TEST_F(Tables, FirstClassHasTwoImagesThatNoValueCrosses) {
     EXPECT_EQ(load1(definitions(image.types, 2)), CS_FAIL) << "no sounds";
     EXPECT_EQ(load1(definitions(image.types, 2) + definitions(image.sounds + "x", 512)), CS_FAIL);
     EXPECT_EQ(load1(definitions(image.types, 2) + definitions(image.sounds.substr(1), 512)), CS_FAIL);
+}
+
+TEST_F(Tables, FirstClassCodeThatLeadsToAPageFindsItEmpty) {
+    FirstClass image;
+    CHAR_MAP row = {};
+    row.char_upper = 200;
+    row.char_type = CS_CT_ROW;
+    std::memcpy(image.types.data() + 0x80 * sizeof row, &row, sizeof row);
+    image.types.replace(1024, 4, "\x11\x22\x33\x44");
+    ASSERT_EQ(load1(image.entries()), CS_SUCCEED);
+    EXPECT_EQ(std::memcmp(set_->cs_type_map, image.types.data(), 1028), 0) << "four bytes behind its page included";
+    const auto *const pages = reinterpret_cast<const CS_BYTE *>(set_->cs_type_map);
+    EXPECT_TRUE(std::all_of(pages + 1028, pages + 201 * sizeof(CS_TYPE_MAP), [](CS_BYTE byte) { return byte == 0; }));
 }
 
 TEST_F(Tables, HalfBuiltOnesStayInTheRecordForItsOwner) {

@@ -8,7 +8,6 @@
 #include <map>
 #include <memory>
 
-#include <iconv.h>
 #include <locale.h>
 
 namespace {
@@ -20,18 +19,6 @@ struct OrderedSet {
 
 constexpr OrderedSet SETS[] = {{"iso_1", "ISO-8859-1"}, {"cp850", "IBM850"},        {"cp437", "IBM437"},
                                {"cp1252", "CP1252"},    {"iso88592", "ISO-8859-2"}, {"iso15", "ISO-8859-15"}};
-
-std::string recoded(const char *to, const char *from, std::string text) {
-    const iconv_t handle = iconv_open(to, from);
-    char bytes[256];
-    char *out = bytes;
-    std::size_t room = sizeof bytes;
-    char *in = text.data();
-    std::size_t left = text.size();
-    const bool is_whole = iconv(handle, &in, &left, &out, &room) == 0;
-    iconv_close(handle);
-    return is_whole ? std::string(bytes, out) : std::string();
-}
 
 locale_t unicode() {
     static const locale_t locale = newlocale(LC_ALL_MASK, "C.UTF-8", nullptr);

@@ -1,5 +1,5 @@
 // What docs/data-files.md tells a site to do, done to a copy of the home with the texts of that page.
-#include "home/shipped_home.h"
+#include "home/catalog.h"
 
 #include <filesystem>
 #include <fstream>
@@ -61,12 +61,15 @@ protected:
 };
 
 // An application whose home is that of a site.
-class Site : public ShippedHome {
+class Site : public Catalog {
 public:
-    explicit Site(const std::string &path) : ShippedHome(path) {}
+    explicit Site(const std::string &path) : Catalog(path) {}
     void TestBody() override {}
-    using ShippedHome::locale;
-    using ShippedHome::order;
+    using Catalog::locale;
+    using Catalog::open;
+    using Catalog::order;
+    using Catalog::raised;
+    using Catalog::told;
 };
 
 TEST_F(HomeSite, ALocaleIsALine) {
@@ -80,18 +83,75 @@ TEST_F(HomeSite, ALocaleIsALine) {
     EXPECT_STREQ(reinterpret_cast<const char *>(cache->locdateinfo->months[0]), "Januar");
 }
 
-TEST_F(HomeSite, ALanguageIsAnIdentifierTwoFilesAndALocale) {
+TEST_F(HomeSite, ALanguageIsAnIdentifierThreeFilesAndALocale) {
     const Strings texts = texts_of("A language");
-    ASSERT_EQ(texts.size(), 4u);
+    ASSERT_EQ(texts.size(), 5u);
     add("config/objectid.dat", "natlang", texts[0]);
     write("locales/message/swedish/common.loc", texts[1]);
     write("locales/message/swedish/cslib.loc", texts[2]);
-    add("locales/locales.dat", "linux", texts[3]);
+    write("locales/message/swedish/comnlib.loc", texts[3]);
+    add("locales/locales.dat", "linux", texts[4]);
     Site site(path_of(""));
     const CsLocCache *const cache = site.locale("sv_SE.UTF-8");
     ASSERT_NE(cache, nullptr);
     EXPECT_STREQ(reinterpret_cast<const char *>(cache->locdateinfo->days[0]), "måndag");
     EXPECT_STREQ(cache->locdateinfo->dateorder, "ymd");
+
+    ASSERT_EQ(site.open("sv_SE.UTF-8"), CS_SUCCEED);
+    const std::string from = "/etc/ncs.cfg: klient: gemensamt bibliotek: ";
+    CS_CHAR file[] = "/etc/ncs.cfg", token[] = "[[";
+    CS_INT line = 7;
+    CsErrParams parameters;
+    ASSERT_EQ(com_ep_sds(&parameters, file, &line, token), CS_SUCCEED);
+    EXPECT_EQ(site.raised(17039368, &parameters), from + "syntaxfel vid \"[[\" på rad 7");
+    ASSERT_EQ(com_ep_s(&parameters, file), CS_SUCCEED);
+    EXPECT_EQ(site.raised(17040902, &parameters), from + "meddelandet saknar text"); // which the example leaves out
+}
+
+TEST_F(HomeSite, AMessageIsALine) {
+    const Strings texts = texts_of("Messages");
+    ASSERT_EQ(texts.size(), 1u);
+    const std::string file = "locales/message/us_english/comnlib.loc";
+    std::string messages = support::content_of_file(path_of(file));
+    const std::size_t at = messages.find("3  = ", messages.find("[comapierror]"));
+    ASSERT_NE(at, std::string::npos);
+    write(file, messages.replace(at, messages.find('\n', at) + 1 - at, texts[0]));
+    Site site(path_of(""));
+    ASSERT_EQ(site.open("en_US.UTF-8"), CS_SUCCEED);
+    CS_CHAR function[] = "comn_init_cfg", name[] = "/etc/ncs.cfg";
+    CsErrParams parameters;
+    ASSERT_EQ(com_ep_ss(&parameters, function, name), CS_SUCCEED);
+    EXPECT_EQ(site.raised(17040899, &parameters),
+              "comn_init_cfg: client: common library: there is no file \"/etc/ncs.cfg\"; the help desk knows more");
+}
+
+// The page shows one that the messages of the home make.
+TEST_F(HomeSite, AMessageIsToldInFourParts) {
+    Site site(path_of(""));
+    ASSERT_EQ(site.open("en_US.UTF-8"), CS_SUCCEED);
+    CS_CHAR function[] = "comn_init_cfg", name[] = "/etc/ncs.cfg";
+    CsErrParams parameters;
+    ASSERT_EQ(com_ep_ss(&parameters, function, name), CS_SUCCEED);
+    EXPECT_NE(page.find("\n    " + site.raised(17040899, &parameters) + "\n"), std::string::npos);
+}
+
+TEST_F(HomeSite, ALanguageWithoutAllSectionsHasNoCatalog) {
+    const std::string file = "locales/message/german/comnlib.loc";
+    std::string messages = support::content_of_file(path_of(file));
+    const std::size_t at = messages.find("[comapierror]");
+    ASSERT_NE(at, std::string::npos);
+    write(file, messages.substr(0, at));
+    Site site(path_of(""));
+    EXPECT_EQ(site.open("de_DE.UTF-8"), CS_FAIL);
+    CS_CHAR function[] = "f";
+    CsErrParams parameters;
+    ASSERT_EQ(com_ep_s(&parameters, function), CS_SUCCEED);
+    EXPECT_EQ(site.raised(17040898, &parameters), "f: unable to get layer message string: unable to get origin message "
+                                                  "string: unable to get error string");
+    EXPECT_STREQ(reinterpret_cast<const char *>(site.told().sqlstate), "ZZZZZ");
+
+    std::filesystem::remove(path_of(file));
+    EXPECT_EQ(site.open("de_DE.UTF-8"), CS_ENOLOCFILE);
 }
 
 TEST_F(HomeSite, ASortOrderIsAnIdentifierAndAFile) {
@@ -120,6 +180,27 @@ TEST_F(HomeSite, ASortOrderIsAnIdentifierAndAFile) {
     const Strings words = {"adel", "zebra", "\xE5r", "\xE4r", "\xF6l", "\xF8l"}; // är stands behind år, öl behind both
     for (std::size_t i = 1; i < words.size(); ++i)
         EXPECT_LT(compare(words[i - 1], words[i]), 0) << i;
+}
+
+TEST_F(HomeSite, ACharacterSetIsAnIdentifierADirectoryAndALocale) {
+    const Strings texts = texts_of("A character set");
+    ASSERT_EQ(texts.size(), 2u);
+    add("config/objectid.dat", "charset", texts[0]);
+    const std::string set = support::content_of_file(path_of("charsets/iso_1/charset.loc"));
+    const std::string order = support::content_of_file(path_of("charsets/iso_1/binary.srt"));
+    write("charsets/house_1/charset.loc", replaced(set, "name = iso_1", "name = house_1"));
+    write("charsets/house_1/binary.srt", replaced(order, "charset = iso_1", "charset = house_1"));
+    write("charsets/house_1/house_1.cfg", "");
+    add("locales/locales.dat", "linux", texts[1]);
+    fs::create_directory_symlink(WHOLE_HOME + "/charsets/unicode", path_of("charsets/unicode"));
+    Site site(path_of(""));
+    ASSERT_EQ(site.open("de_DE.house", "ISO-8859-1"), CS_SUCCEED);
+    CS_CHAR file[] = "/etc/ncs.cfg", token[] = "[[";
+    CS_INT line = 7;
+    CsErrParams parameters;
+    ASSERT_EQ(com_ep_sds(&parameters, file, &line, token), CS_SUCCEED);
+    EXPECT_EQ(site.raised(17039368, &parameters),
+              "/etc/ncs.cfg: Client: gemeinsame Bibliothek: Syntaxfehler in Zeile 7 bei »[[«");
 }
 
 TEST_F(HomeSite, TheArcIsReplacedInEveryLine) {

@@ -14,7 +14,11 @@
 #include <string>
 #include <vector>
 
+#include <iconv.h>
+
 inline const std::string HOME = DLXCOMN_SOURCE_DIR "/home";
+// The same with the tables of character sets, which are made by the build.
+inline const std::string WHOLE_HOME = DLXCOMN_BUILD_DIR "/home";
 
 using Strings = std::vector<std::string>;
 
@@ -32,6 +36,10 @@ protected:
         EXPECT_EQ(comn_intl_load_globalid(&context_, &globals_.ctxoids), CS_SUCCEED);
     }
     ~ShippedHome() override {
+        if (is_started_) {
+            comn_free(globals_.cmg_utf8_ctypeptr);
+            EXPECT_EQ(comn_lm_exit(&context_), CS_SUCCEED);
+        }
         com_intl_loccache_drop(&context_);
         comn_intl_message_drop(&context_);
         comn_intl_dt_drop(&context_);
@@ -41,6 +49,12 @@ protected:
     }
 
     CS_CONTEXT *context() { return &context_; }
+    // What conversions from UTF-8 need.
+    void start() {
+        CS_CHAR file[1025] = "";
+        ASSERT_EQ(comn_intl_init(&context_, file, sizeof file), CS_SUCCEED) << file;
+        is_started_ = true;
+    }
     CsCtxGlobals &globals() { return globals_; }
 
     // Null, and a failed test, for a name that is not there.
@@ -95,6 +109,7 @@ private:
     CsCtxGlobals globals_ = {};
     CS_THREAD callbacks_ = {};
     CS_CONTEXT context_ = {};
+    bool is_started_ = false;
 };
 
 // Sets that have files: those that convert.
@@ -106,6 +121,21 @@ inline std::vector<CSID_CSNAME> shipped_sets() {
 }
 
 inline std::string name_of(const CSID_CSNAME &set) { return reinterpret_cast<const char *>(set.csname); }
+
+// The text in another set by the C library, whose names of sets these are. Empty where a character is not in it.
+inline std::string recoded(const char *to, const char *from, std::string text) {
+    constexpr std::size_t WIDEST = 4; // bytes that become of one
+    const iconv_t handle = iconv_open(to, from);
+    std::string bytes(WIDEST * text.size() + WIDEST, '\0');
+    char *out = bytes.data();
+    std::size_t room = bytes.size();
+    char *in = text.data();
+    std::size_t left = text.size();
+    const bool is_whole = iconv(handle, &in, &left, &out, &room) == 0;
+    iconv_close(handle);
+    bytes.resize(is_whole ? bytes.size() - room : 0);
+    return bytes;
+}
 
 // An entry of a localization file: its section, key and values.
 struct FileEntry {

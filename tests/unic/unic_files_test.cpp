@@ -258,11 +258,11 @@ TEST_F(UnicFiles, SoundChecksumsOverWrongContentsNeverLeadOutOfTheFile) {
     int refused = 0, taken = 0;
     for (const char *name : {"1252.uct", "49.uct", "47.uct", "48.uct", "930.uct", "9.uct"}) {
         const std::string shipped = support::content_of_file(SHIPPED + name);
-        for (int i = 0; i < 60; ++i) {
+        for (int i = 0; i < 120; ++i) {
             const int number = fresh_number();
             std::string damaged = with_number(shipped, number);
             const Header header = header_of(damaged);
-            for (int changes = 1 + static_cast<int>(random() % 40); changes-- > 0;) {
+            for (int changes = 1 + static_cast<int>(random() % (i % 2 == 0 ? 40 : 4)); changes-- > 0;) {
                 // Entries, pairs, ranges and the index are where a wrong number could lead astray.
                 static constexpr dlx::unic::Section AIMS[] = {dlx::unic::SECTION_ENTRIES, dlx::unic::SECTION_LEAF32,
                                                               dlx::unic::SECTION_PAIRS,   dlx::unic::SECTION_RANGES,

@@ -112,6 +112,26 @@ CS_RETCODE read_table(CS_CONTEXT *context, Table *&table, CS_UINT size, CS_UINT 
                            get_next_entry);
 }
 
+// The one page of a set of single bytes. What its codes lead to, which no such set needs, is not left without a page.
+CS_RETCODE read_only_page(CS_CONTEXT *context, CHAR_ATTRIB &set, INTL_LOCFILE *ifile) {
+    CS_RETCODE status = read_table(context, set.cs_type_map, TYPES_SIZE, TYPES_SIZE, ifile, false);
+    if (status != CS_SUCCEED)
+        return status;
+    std::size_t last = 0;
+    for (const CHAR_MAP &code : set.cs_type_map->chmap)
+        if ((code.char_type & CS_CT_ROW) != 0)
+            last = std::max<std::size_t>(last, code.char_upper);
+    if (last == 0)
+        return CS_SUCCEED;
+    const std::size_t size = (last + 1) * sizeof(CS_TYPE_MAP);
+    auto *const pages = static_cast<CS_BYTE *>(std::realloc(set.cs_type_map, size));
+    if (pages == nullptr)
+        return CS_MEM_ERROR;
+    std::memset(pages + TYPES_SIZE, 0, size - TYPES_SIZE); // the image ends behind the first page
+    set.cs_type_map = reinterpret_cast<CS_TYPE_MAP *>(pages);
+    return CS_SUCCEED;
+}
+
 // What the keys in front of the image say.
 struct Header {
     CHAR_ATTRIB &set;
@@ -210,8 +230,7 @@ CS_RETCODE comn__load_charset1(CsContext *context, CHAR_ATTRIB *char_attrib, CS_
     COM_REQUIRE_PTR(ifile, CS_FAIL);
     if (image_size != FIRST_CLASS_SIZE)
         return COM_TRACE(CS_FAIL);
-    CS_RETCODE status =
-        read_table(context, char_attrib->cs_type_map, TYPES_SIZE, PAGES * sizeof(CS_TYPE_MAP), ifile, false);
+    CS_RETCODE status = read_only_page(context, *char_attrib, ifile);
     if (status == CS_SUCCEED)
         status = read_table(context, char_attrib->cs_soundex, SOUNDS_SIZE, SOUNDS_SIZE, ifile, true);
     if (status != CS_SUCCEED)

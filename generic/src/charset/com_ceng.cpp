@@ -1,8 +1,9 @@
 // The main engine: text from any character set to any other.
 //
 // Each route is tried in the order of its cost. Sets that are the same are copied, the application's own conversions
-// come next, then text that is ASCII alone, and only then 16-bit text in between. Values of a database are short: work
-// buffers lie on the stack until one is too long for that.
+// come next, then text that is ASCII alone, then the one step between a set and UTF-8, and only then 16-bit text in
+// between. That last way settles every case: whatever a quicker one does not finish is done again by it, and has its
+// status. Values of a database are short: work buffers lie on the stack until one is too long for that.
 
 #include "charset/operands.h"
 #include "diag/check.h"
@@ -101,10 +102,11 @@ public:
         is_own_ = uniconv_HandleGetU(cid, &request, path, SELECTOR, &handle_) == UNI_OK;
         return is_own_;
     }
-    // A character of one byte in the source becomes one byte also where the destination has wider ones.
-    void set_substitutes(bool is_source_single_byte) {
+    // The wide one stands for what had two bytes or more in the set that the text comes from.
+    void set_substitutes(UNICONV_CID source) {
         uniconv_SetSubstituteChar(handle_, SUBSTITUTE);
-        uniconv_SetDBCSSubstituteChar(handle_, is_source_single_byte ? SUBSTITUTE : WIDE_SUBSTITUTE);
+        uniconv_SetDBCSSubstituteChar(handle_, WIDE_SUBSTITUTE);
+        uniconv_SetSource(handle_, source);
     }
     CVTH get() const { return handle_; }
 
@@ -116,18 +118,11 @@ private:
 bool is_done(int status) { return status == UNI_OK || status == UNI_SUBSTITUTED; }
 bool is_cut(int status) { return status == UNI_NOROOM || status == UNI_NOROOM_SUBSTITUTED; }
 
-bool open_set(const CHAR_ATTRIB &set, Handle &handle) {
-    UNICONV_CID cid;
-    return comn__get_unilib_cid(set.cs_id, &cid) == CS_SUCCEED && handle.open(cid);
-}
-
-// The same by the directory of the home, which goes to the library as 16-bit text.
-bool open_set_of_home(CS_CONTEXT *context, const CHAR_ATTRIB &set, Handle &handle) {
-    UNICONV_CID cid;
+// Opens the handle that text from UTF-8 goes to, by the directory of the home, which the library takes as 16-bit text.
+bool open_set_of_home(CS_CONTEXT *context, UNICONV_CID cid, Handle &handle) {
     CS_CHAR path[PATH_SIZE];
     UNICHAR wide_path[PATH_SIZE];
-    if (comn__get_unilib_cid(set.cs_id, &cid) != CS_SUCCEED ||
-        com_path_charfile(context, UNICODE_DIRECTORY, nullptr, nullptr, path, PATH_SIZE) != CS_SUCCEED)
+    if (com_path_charfile(context, UNICODE_DIRECTORY, nullptr, nullptr, path, PATH_SIZE) != CS_SUCCEED)
         return false;
     int count;
     Handle ascii;
@@ -138,7 +133,7 @@ bool open_set_of_home(CS_CONTEXT *context, const CHAR_ATTRIB &set, Handle &handl
     request.useCurrentDir = USE_GIVEN_DIRECTORY;
     if (!handle.open(cid, request, wide_path))
         return false;
-    handle.set_substitutes(false); // every character of UTF-8 but ASCII is wider than a byte
+    handle.set_substitutes(UNICONV_UTF8);
     return true;
 }
 
@@ -200,6 +195,27 @@ CS_RETCODE copy_telling(CS_BYTE *dest, CS_INT room, const CS_BYTE *source, CS_IN
     return count < length ? CS_ETRUNCATED : CS_SUCCEED;
 }
 
+bool get_cid(const CsLocCache &cache, UNICONV_CID &cid) {
+    return comn__get_unilib_cid(cache.locchardesc->char_attrib->cs_id, &cid) == CS_SUCCEED;
+}
+
+// ---- In one step ----
+
+// Conversions in place go through a copy.
+bool is_apart(const CS_BYTE *source, CS_INT length, const CS_BYTE *dest, CS_INT room) {
+    return source + length <= dest || dest + room <= source;
+}
+
+using OneStep = int (*)(UNICONV_CID, const char *, int, char *, int, int *);
+
+// What the Unicode library answers; anything but success has told nothing yet.
+int in_one_step(OneStep step, UNICONV_CID set, const CS_BYTE *source, CS_INT length, CS_BYTE *dest, CS_INT room,
+                CS_INT *resultlen) {
+    if (!is_apart(source, length, dest, room))
+        return UNI_INDIRECT;
+    return step(set, reinterpret_cast<const char *>(source), length, reinterpret_cast<char *>(dest), room, resultlen);
+}
+
 // ---- Through 16-bit text ----
 
 // What came out, and how.
@@ -210,21 +226,22 @@ struct Converted {
 
 constexpr Converted FAILED = {CS_FAIL, 0};
 
-// 16-bit text to `room` bytes of the handle's set, in a buffer with one more.
+// 16-bit text to `room` bytes of the handle's set, in a buffer with one more. A cut result fills the room: zeros stand
+// behind its last whole character.
 Converted to_set(CVTH handle, const UNICHAR *text, char *buffer, CS_INT room) {
     int count = 0;
     const int status = uniconv_unistrToS(handle, buffer, room + 1, text, &count);
     if (is_done(status))
         return {CS_SUCCEED, count - 1};
-    return is_cut(status) ? Converted{CS_ETRUNCATED, std::min(count - 1, room)} : FAILED;
+    return is_cut(status) ? Converted{CS_ETRUNCATED, room} : FAILED;
 }
 
-CS_RETCODE convert_by_tables(const CHAR_ATTRIB &from, const CHAR_ATTRIB &to, const SourceText &source,
+CS_RETCODE convert_by_tables(UNICONV_CID from, UNICONV_CID to, const SourceText &source,
                              const DestinationText &destination, CS_INT *resultlen) {
     Handle from_handle, to_handle;
-    if (!open_set(from, from_handle) || !open_set(to, to_handle))
+    if (!from_handle.open(from) || !to_handle.open(to))
         return CS_FAIL;
-    to_handle.set_substitutes(from.cs_width_map == nullptr);
+    to_handle.set_substitutes(from);
 
     TerminatedCopy copy(source.data, source.length);
     Buffer<UNICHAR> text(with_terminator(source.length));
@@ -239,12 +256,59 @@ CS_RETCODE convert_by_tables(const CHAR_ATTRIB &from, const CHAR_ATTRIB &to, con
     Converted converted = to_set(to_handle.get(), text.data(), bytes.data(), destination.room);
     if (converted.status == CS_SUCCEED && is_source_cut)
         converted.status = CS_ETRUNCATED;
-    // At the value itself, not behind its length: a CS_VARCHAR then has its length over its first two bytes of text.
-    // Callers have settled for that.
     std::memcpy(destination.value, bytes.data(), static_cast<std::size_t>(converted.bytes));
     destination.set_length(converted.bytes);
     *resultlen = converted.bytes;
     return converted.status;
+}
+
+// From one set to another that is not UTF-8. The text goes to the value itself, not behind its length: a CS_VARCHAR then
+// has its length over its first two bytes of text. Callers have settled for that.
+CS_RETCODE convert_sets(const CsLocCache &from, const CsLocCache &to, const SourceText &source,
+                        const DestinationText &destination, CS_INT *resultlen) {
+    *resultlen = 0;
+    UNICONV_CID from_cid, to_cid;
+    if (!get_cid(from, from_cid) || !get_cid(to, to_cid))
+        return COM_TRACE(CS_FAIL);
+    if (from_cid == UNICONV_UTF8 && is_done(in_one_step(uniconv_StrFromUTF8, to_cid, source.data, source.length,
+                                                        destination.value, destination.room, resultlen))) {
+        destination.set_length(*resultlen);
+        return CS_SUCCEED;
+    }
+    *resultlen = 0;
+    const CS_RETCODE status = convert_by_tables(from_cid, to_cid, source, destination, resultlen);
+    return status == CS_SUCCEED ? status : COM_TRACE(status);
+}
+
+CS_RETCODE convert_to_utf8(const CsLocCache &from, const CS_BYTE *source, CS_INT length, CS_BYTE *dest, CS_INT room,
+                           CS_INT *resultlen) {
+    UNICONV_CID cid = UNICONV_NONE;
+    Handle handle;
+    *resultlen = 0;
+    if (!handle.take_persistent()) {
+        if (!get_cid(from, cid))
+            return COM_TRACE(CS_FAIL);
+        if (is_done(in_one_step(uniconv_StrToUTF8, cid, source, length, dest, room, resultlen)))
+            return CS_SUCCEED;
+        *resultlen = 0;
+        if (!handle.open(cid))
+            return COM_TRACE(CS_FAIL);
+    }
+    TerminatedCopy copy(source, length);
+    Buffer<UNICHAR> text(with_terminator(length));
+    Buffer<char> bytes(with_terminator(room));
+    if (!copy.is_there() || !text.is_there() || !bytes.is_there())
+        return COM_TRACE(CS_MEM_ERROR);
+    int count = 0;
+    if (!is_done(uniconv_unistrFromS(handle.get(), text.data(), length + 1, copy.text(), &count)))
+        return COM_TRACE(CS_FAIL);
+    const int written = uniutf8_unistrToUTF8(bytes.data(), room + 1, text.data(), &count);
+    const bool is_cut_short = written == UNI_UTF8_NOROOM; // and filled with zeros, as above
+    if (written < 0 && !is_cut_short)
+        return COM_TRACE(CS_FAIL);
+    *resultlen = is_cut_short ? room : written;
+    std::memcpy(dest, bytes.data(), static_cast<std::size_t>(*resultlen));
+    return is_cut_short ? COM_TRACE(CS_ETRUNCATED) : CS_SUCCEED;
 }
 
 } // namespace
@@ -312,25 +376,7 @@ CS_RETCODE comn__convt_to_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_DATAFM
     }
     if (comn__copy_ascii_only(to, destlen, source, length, resultlen) == CS_SUCCEED)
         return CS_SUCCEED;
-
-    *resultlen = 0;
-    Handle handle;
-    if (!handle.take_persistent() && !open_set(*src_lcache->locchardesc->char_attrib, handle))
-        return COM_TRACE(CS_FAIL);
-    TerminatedCopy copy(source, length);
-    Buffer<UNICHAR> text(with_terminator(length));
-    Buffer<char> bytes(with_terminator(destlen));
-    if (!copy.is_there() || !text.is_there() || !bytes.is_there())
-        return COM_TRACE(CS_MEM_ERROR);
-    int count = 0;
-    if (!is_done(uniconv_unistrFromS(handle.get(), text.data(), length + 1, copy.text(), &count)))
-        return COM_TRACE(CS_FAIL);
-    const int written = uniutf8_unistrToUTF8(bytes.data(), destlen + 1, text.data(), &count);
-    if (written < 0 && written != UNI_UTF8_NOROOM)
-        return COM_TRACE(CS_FAIL);
-    *resultlen = written == UNI_UTF8_NOROOM ? std::min(count, destlen) : written;
-    std::memcpy(to, bytes.data(), static_cast<std::size_t>(*resultlen));
-    return written == UNI_UTF8_NOROOM ? COM_TRACE(CS_ETRUNCATED) : CS_SUCCEED;
+    return convert_to_utf8(*src_lcache, source, length, to, destlen, resultlen);
 }
 
 CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE *src, CS_INT srclen,
@@ -361,9 +407,18 @@ CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE
         return conversion->user_conv_func(context, &srcfmt, src, destfmt, dest, resultlen);
     }
 
+    UNICONV_CID cid = UNICONV_NONE;
     Handle handle;
-    if (!handle.take_persistent() && !open_set_of_home(context, *dest_lcache->locchardesc->char_attrib, handle))
-        return COM_TRACE(CS_FAIL);
+    if (!handle.take_persistent()) {
+        if (!get_cid(*dest_lcache, cid))
+            return COM_TRACE(CS_FAIL);
+        // Text with a fault is refused here, so that a substitute is looked into.
+        if (in_one_step(uniconv_StrFromUTF8, cid, src, srclen, to, room, resultlen) == UNI_OK)
+            return CS_SUCCEED;
+        *resultlen = 0;
+        if (!open_set_of_home(context, cid, handle))
+            return COM_TRACE(CS_FAIL);
+    }
     TerminatedCopy copy(src, srclen);
     Buffer<UNICHAR> text(with_terminator(srclen));
     if (!copy.is_there() || !text.is_there())
@@ -415,12 +470,12 @@ CS_RETCODE comn_charset_convert(CS_CONTEXT *context, CS_INT type, CS_DATAFMT *sr
         destination.set_length(*resultlen);
         return CS_SUCCEED;
     }
-    if (is_utf8(*context, *to)) // on the operands as they lie, a length in front of them included
+    if (!is_utf8(*context, *to))
+        return convert_sets(*from, *to, source, destination, resultlen);
+    // On the operands as they lie: a length in front of one is text there, or is written over.
+    if (source.data != src || destination.has_length)
         return comn__convt_to_utf8(context, 0, srcfmt, from, src, dest, destination.room, resultlen);
-    *resultlen = 0;
-    const CS_RETCODE status = convert_by_tables(*from->locchardesc->char_attrib, *to->locchardesc->char_attrib, source,
-                                                destination, resultlen);
-    return status == CS_SUCCEED ? status : COM_TRACE(status);
+    return convert_to_utf8(*from, source.data, source.length, destination.data, destination.room, resultlen);
 }
 
 CS_RETCODE comn_convert_max_multiplier(CS_CONTEXT *context, CS_INT type, CS_LOCALE *srcloc, CS_LOCALE *destloc,
@@ -447,8 +502,7 @@ CS_RETCODE comn_convert_max_multiplier(CS_CONTEXT *context, CS_INT type, CS_LOCA
         return CS_SUCCEED;
     }
     UNICONV_CID from_cid, to_cid;
-    if (comn__get_unilib_cid(from->locchardesc->char_attrib->cs_id, &from_cid) != CS_SUCCEED ||
-        comn__get_unilib_cid(to->locchardesc->char_attrib->cs_id, &to_cid) != CS_SUCCEED ||
+    if (!get_cid(*from, from_cid) || !get_cid(*to, to_cid) ||
         uniconv_GetExpansion(from_cid, to_cid, multiplier) != UNI_OK)
         return COM_TRACE(CS_FAIL);
     return CS_SUCCEED;

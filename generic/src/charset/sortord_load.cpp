@@ -123,7 +123,7 @@ private:
 };
 
 bool is_form(const LIGSTRUCT &lig, CS_BYTE c) {
-    return std::memchr(lig.lig, c, std::strlen(reinterpret_cast<const char *>(lig.lig))) != nullptr;
+    return c != 0 && std::strchr(reinterpret_cast<const char *>(lig.lig), c) != nullptr;
 }
 
 // The byte is a form of one of the ligatures.
@@ -513,10 +513,11 @@ CS_RETCODE comn__build_class1(CsContext *context, CsSortDesc *sortorder, CS_CHAR
             return COM_TRACE(status);
     }
     for (int p = 1; p <= LAST_PRIMARY; ++p) {
-        if (std::string_view(entry) == "ignore char")
-            break; // nothing behind it is looked at
-        if (std::string_view(entry) != "char")
+        if (std::strcmp(entry, "char") != 0) {
+            if (std::strcmp(entry, "ignore char") == 0)
+                break; // nothing behind it is looked at
             return COM_TRACE(CS_FAIL);
+        }
         status = comn__get_char(context, so, ifile, ligs, nligs, p, 0, 1, header.preference, next_char);
         if (status != CS_SUCCEED)
             return COM_TRACE(status);

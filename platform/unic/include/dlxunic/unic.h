@@ -37,7 +37,8 @@ enum {
     UNI_NOSET = -1300,       /* no such set, or its table cannot be read */
     UNI_NOMEMORY = -1301,
     UNI_BADTABLE = -1302,    /* the table's file is not right */
-    UNI_BADTEXT = -1303      /* the source is no text, the code no substitute */
+    UNI_BADTEXT = -1303,     /* the source is no text, the code no substitute */
+    UNI_INDIRECT = -1304     /* the set has no way to UTF-8 and back but through 16-bit text */
 };
 /* What uniutf8_unistrToUTF8 answers where the buffer is too small. */
 #define UNI_UTF8_NOROOM (-2)
@@ -69,6 +70,14 @@ DLXUNIC_API void uniconv_HandleFree(CVTH handle);
  */
 DLXUNIC_API int uniconv_SetSubstituteChar(CVTH handle, int code);
 DLXUNIC_API int uniconv_SetDBCSSubstituteChar(CVTH handle, int code);
+/*
+ * Tells which set the text came from. From then on the second code stands for a character that took two bytes or more in
+ * that set, and the first for one that took one byte or stands for a fault of the text; columns play no part any more.
+ * In UTF-8 every character but ASCII is wide, a fault included, in UTF-16 every one, in the compression scheme every one
+ * from U+0100. Towards sets of single bytes it is always the first. The handle may be told another set later. UNI_OK, or
+ * the failure of the set, which leaves the handle as it was.
+ */
+DLXUNIC_API int uniconv_SetSource(CVTH handle, UNICONV_CID source);
 
 /*
  * Text of the handle's set to 16-bit text in a buffer of `size` units, and back to bytes in a buffer of `size` bytes.
@@ -87,6 +96,19 @@ DLXUNIC_API int uniconv_unistrToS(CVTH handle, char *buffer, int size, const UNI
  */
 DLXUNIC_API int uniutf8_unistrToUTF8(char *buffer, int size, const UNICHAR *source, int *count);
 DLXUNIC_API int uniutf8_unistrFromUTF8(UNICHAR *buffer, int size, const char *source, int *count);
+
+/*
+ * Text of a set to UTF-8 and back in one pass, without a handle. The source ends behind `length` bytes or in front of its
+ * first NUL, whichever comes first; it and the buffer do not overlap. *count bytes are written, and no terminator.
+ * UNI_OK or UNI_SUBSTITUTED if the whole text came over: byte for byte what the functions above make of it by handles
+ * with "?" and "??" as substitutes, the one towards the set told of UTF-8 as the source; malformed UTF-8 is no failure.
+ * Any other answer says only that nothing was written behind the buffer, of which the content is then lost: the text or
+ * the room ended too early, the set is not there, or it has no such way (UNI_INDIRECT: UTF-16, UTF-8 itself, the
+ * compression scheme, sets with states). Handles then tell what is the case.
+ */
+DLXUNIC_API int uniconv_StrToUTF8(UNICONV_CID cid, const char *source, int length, char *buffer, int size, int *count);
+DLXUNIC_API int uniconv_StrFromUTF8(UNICONV_CID cid, const char *source, int length, char *buffer, int size,
+                                    int *count);
 
 /* *factor = the most bytes that a 16-bit unit takes in the handle's set. UNI_OK. */
 DLXUNIC_API int uniconv_GetExpansionFactor(CVTH handle, int *factor);

@@ -1,0 +1,320 @@
+// The passes for every processor, and what they need of a table.
+#include "one_pass.h"
+
+#include "codes.h"
+#include "utf8.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+namespace dlx::unic {
+namespace {
+
+// Every character of UTF-8 but ASCII is wider than a byte.
+constexpr std::uint32_t NARROW_SUBSTITUTE = '?';
+constexpr std::uint32_t WIDE_SUBSTITUTE = '?' << 8 | '?';
+
+inline void store32(std::uint8_t *to, std::uint32_t value) { std::memcpy(to, &value, sizeof value); }
+
+// Copies 16 bytes and tells how many of them are ASCII and no NUL, up to the first that is neither.
+inline std::size_t copy_ascii_16(const std::uint8_t *source, std::uint8_t *target) {
+#if defined(__SSE2__)
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(source));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(target), block);
+    const int ascii = _mm_movemask_epi8(_mm_cmpgt_epi8(block, _mm_setzero_si128()));
+    return static_cast<std::size_t>(__builtin_ctz(~static_cast<unsigned>(ascii)));
+#else
+    std::size_t count = 16;
+    for (std::size_t i = 16; i-- > 0;) {
+        target[i] = source[i];
+        count = source[i] - 1u >= 0x7F ? i : count;
+    }
+    return count;
+#endif
+}
+
+// Copies the ASCII characters in front, as far as there is room.
+inline void copy_ascii(Cursor *cursor) {
+    std::size_t count = std::min(cursor->left(), cursor->room());
+    while (count >= 16) {
+        const std::size_t done = copy_ascii_16(cursor->p, cursor->out);
+        cursor->p += done;
+        cursor->out += done;
+        if (done != 16)
+            return;
+        count -= 16;
+    }
+    for (; count != 0 && *cursor->p < 0x80; --count)
+        *cursor->out++ = *cursor->p++;
+}
+
+// A sequence where there may be no room for the four bytes that hold it.
+inline bool put_packed(Cursor *cursor, std::uint32_t packed) {
+    const std::size_t length = PackedSequence::length(packed);
+    if (cursor->room() < length)
+        return false;
+    for (std::size_t i = 0; i < length; ++i)
+        cursor->out[i] = static_cast<std::uint8_t>(packed >> 8 * i);
+    cursor->out += length;
+    return true;
+}
+
+// ---- Sets of single bytes -----------------------------------------------------------------------------------------
+
+// Bytes at a time for which the room is known to suffice, with the store of the last one.
+constexpr std::size_t STRIDE = 16;
+constexpr std::size_t STRIDE_ROOM = 3 * STRIDE + 1;
+
+} // namespace
+
+// Without a branch for a character: where accents stand cannot be foreseen.
+int single_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                   std::size_t size, int *count) {
+    const SingleBytes &single = *set.single;
+    Cursor cursor = {source, end_of_text(source, length), buffer, buffer + size, false};
+    std::uint32_t seen = 0;
+    while (cursor.left() >= STRIDE && cursor.room() >= STRIDE_ROOM) {
+        if (single.is_ascii && copy_ascii_16(cursor.p, cursor.out) == STRIDE) {
+            cursor.out += STRIDE;
+        } else {
+            for (std::size_t i = 0; i < STRIDE; ++i) {
+                const std::uint32_t packed = single.sequences[cursor.p[i]];
+                store32(cursor.out, packed);
+                cursor.out += PackedSequence::length(packed);
+                seen |= packed;
+            }
+        }
+        cursor.p += STRIDE;
+    }
+    for (; cursor.p != cursor.end; ++cursor.p) {
+        const std::uint32_t packed = single.sequences[*cursor.p];
+        if (!put_packed(&cursor, packed))
+            return UNI_NOROOM;
+        seen |= packed;
+    }
+    cursor.substituted = (seen & PackedSequence::MISSING) != 0;
+    return cursor.finish(buffer, count);
+}
+
+int single_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                     std::size_t size, int *count) {
+    const SingleBytes &single = *set.single;
+    Cursor cursor = {source, end_of_text(source, length), buffer, buffer + size, false};
+    while (cursor.p != cursor.end) {
+        if (cursor.room() == 0)
+            return UNI_NOROOM;
+        const unsigned lead = *cursor.p;
+        if (lead < 0x80 && single.is_ascii) {
+            copy_ascii(&cursor);
+            continue;
+        }
+        if ((lead & 0xE0) == 0xC0 && cursor.left() >= 2 && (cursor.p[1] & 0xC0) == 0x80) {
+            const std::uint8_t code = single.codes[(lead & 0x1F) << 6 | (cursor.p[1] & 0x3F)];
+            if (code != 0 && lead >= 0xC2) {
+                *cursor.out++ = code;
+                cursor.p += 2;
+                continue;
+            }
+        }
+        const int status = step_from_utf8<std::uint8_t>(set, &cursor);
+        if (status != UNI_OK)
+            return status;
+    }
+    return cursor.finish(buffer, count);
+}
+
+// ---- Sets with wider codes ----------------------------------------------------------------------------------------
+
+namespace {
+
+// One code to UTF-8, whatever it is.
+int step_to_utf8(const CharacterSet &set, Cursor *cursor) {
+    const Code code = code_at<false>(set.table, set.table.entries, cursor->p, cursor->left());
+    if (code.truncated)
+        return UNI_TRUNCATED;
+    const int bytes = utf8_length(code.character) + (code.second != 0 ? utf8_length(code.second) : 0);
+    if (cursor->room() < static_cast<std::size_t>(bytes))
+        return UNI_NOROOM;
+    cursor->substituted |= code.character == REPLACEMENT;
+    cursor->out = put_utf8(cursor->out, code.character);
+    if (code.second != 0)
+        cursor->out = put_utf8(cursor->out, code.second);
+    cursor->p += code.length;
+    return UNI_OK;
+}
+
+} // namespace
+
+int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                  std::size_t size, int *count) {
+    const Entry *const root = set.table.entries;
+    const std::uint32_t *const sequences = set.wide->sequences;
+    const bool ascii = (set.table.flags & TABLE_ASCII) != 0;
+    Cursor cursor = {source, end_of_text(source, length), buffer, buffer + size, false};
+    while (cursor.p != cursor.end) {
+        if (ascii && *cursor.p < 0x80) {
+            if (cursor.room() == 0)
+                return UNI_NOROOM;
+            copy_ascii(&cursor);
+            continue;
+        }
+        // Runs of codes of two bytes.
+        const std::uint8_t *const before = cursor.p;
+        while (cursor.left() >= 2 && cursor.room() >= 4) {
+            const Entry &entry = root[cursor.p[0]];
+            const unsigned at = static_cast<unsigned>(cursor.p[1]) - entry.low;
+            if (entry.kind != ENTRY_LEAF16 || at > static_cast<unsigned>(entry.high) - entry.low)
+                break;
+            const std::uint32_t packed = sequences[entry.value + at];
+            if ((packed & PackedSequence::MISSING) != 0)
+                break;
+            store32(cursor.out, packed);
+            cursor.out += PackedSequence::length(packed);
+            cursor.p += 2;
+        }
+        if (cursor.p != before)
+            continue;
+        const int status = step_to_utf8(set, &cursor);
+        if (status != UNI_OK)
+            return status;
+    }
+    return cursor.finish(buffer, count);
+}
+
+template <typename Width>
+int step_from_utf8(const CharacterSet &set, Cursor *cursor) {
+    const Table &table = set.table;
+    const Sequence sequence = sequence_at(cursor->p, cursor->end);
+    if (sequence.kind == Sequence::CUT)
+        return UNI_TRUNCATED;
+    int length = sequence.length;
+    std::uint32_t code = 0;
+    if (sizeof(Width) == 1 && sequence.character < 0x800)
+        code = set.single->codes[sequence.character];
+    else
+        code = table.code_of<Width>(sequence.character);
+    if (sizeof(Width) > 1 && table.pair_count != 0 && cursor->p + length != cursor->end) {
+        const Sequence next = sequence_at(cursor->p + length, cursor->end);
+        const std::uint32_t both = next.kind == Sequence::CUT ? 0 : pair_code(table, sequence.character, next.character);
+        if (both != 0) {
+            code = both;
+            length += next.length;
+        }
+    }
+    if (code == 0 && (table.flags & TABLE_LINEAR) != 0)
+        code = linear_code(table, sequence.character);
+    const bool missing = code == 0;
+    if (missing)
+        code = sizeof(Width) == 1 || sequence.character < 0x80 ? NARROW_SUBSTITUTE : WIDE_SUBSTITUTE;
+    const int bytes = bytes_of(code);
+    if (cursor->room() < static_cast<std::size_t>(bytes))
+        return UNI_NOROOM;
+    cursor->substituted |= missing || sequence.kind == Sequence::MALFORMED;
+    cursor->out = put_code(cursor->out, code, bytes);
+    cursor->p += length;
+    return UNI_OK;
+}
+template int step_from_utf8<std::uint8_t>(const CharacterSet &, Cursor *);
+template int step_from_utf8<std::uint16_t>(const CharacterSet &, Cursor *);
+template int step_from_utf8<std::uint32_t>(const CharacterSet &, Cursor *);
+
+template <typename Width>
+int codes_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
+                    std::size_t size, int *count) {
+    const std::uint32_t *const places = set.wide->places;
+    const auto *const blocks = static_cast<const Width *>(set.table.blocks);
+    const bool ascii = (set.table.flags & TABLE_ASCII) != 0;
+    const bool pairs = set.table.pair_count != 0;
+    Cursor cursor = {source, end_of_text(source, length), buffer, buffer + size, false};
+    while (cursor.p != cursor.end) {
+        if (ascii && *cursor.p < 0x80 && !pairs) {
+            if (cursor.room() == 0)
+                return UNI_NOROOM;
+            copy_ascii(&cursor);
+            continue;
+        }
+        // Runs of characters of three bytes with a code of two.
+        const std::uint8_t *const before = cursor.p;
+        while (!pairs && cursor.left() >= 3 && cursor.room() >= 2) {
+            const std::uint8_t *const p = cursor.p;
+            if ((p[0] & 0xF0) != 0xE0 || (p[1] & 0xC0) != 0x80 || (p[2] & 0xC0) != 0x80)
+                break;
+            const std::uint32_t code = blocks[places[(p[0] & 0xF) << 6 | (p[1] & 0x3F)] + (p[2] & 0x3F)];
+            if (code < 0x100 || code > 0xFFFF)
+                break;
+            cursor.out[0] = static_cast<std::uint8_t>(code >> 8);
+            cursor.out[1] = static_cast<std::uint8_t>(code);
+            cursor.out += 2;
+            cursor.p += 3;
+        }
+        if (cursor.p != before)
+            continue;
+        const int status = step_from_utf8<Width>(set, &cursor);
+        if (status != UNI_OK)
+            return status;
+    }
+    return cursor.finish(buffer, count);
+}
+template int codes_from_utf8<std::uint16_t>(const CharacterSet &, const std::uint8_t *, std::size_t, std::uint8_t *,
+                                            std::size_t, int *);
+template int codes_from_utf8<std::uint32_t>(const CharacterSet &, const std::uint8_t *, std::size_t, std::uint8_t *,
+                                            std::size_t, int *);
+
+// ---- Preparation --------------------------------------------------------------------------------------------------
+
+namespace {
+
+bool prepare_single(CharacterSet *set) {
+    void *const room = std::malloc(sizeof(SingleBytes));
+    if (room == nullptr)
+        return false;
+    const Table &table = set->table;
+    set->single = new (room) SingleBytes(make_single_bytes(
+        (table.flags & TABLE_ASCII) != 0, [&](unsigned byte) -> char32_t { return table.leaf16[byte]; },
+        [&](unsigned c) { return table.code_of<std::uint8_t>(c); }));
+    set->to_utf8 = single_to_utf8;
+    set->from_utf8 = single_from_utf8;
+    return true;
+}
+
+// The bytes of surrogates, in the place of the two that characters of three bytes begin with.
+constexpr bool is_surrogate_place(std::uint32_t place) { return is_surrogate(place << 6); }
+
+bool prepare_codes(CharacterSet *set) {
+    const Table &table = set->table;
+    const std::uint32_t characters = table.header->sections[SECTION_LEAF16].count;
+    void *const room = std::malloc(sizeof(WideCodes) + characters * sizeof(std::uint32_t));
+    if (room == nullptr)
+        return false;
+    auto *const wide = new (room) WideCodes();
+    auto *const sequences = reinterpret_cast<std::uint32_t *>(wide + 1);
+    for (std::uint32_t i = 0; i < characters; ++i)
+        sequences[i] = PackedSequence::of(table.leaf16[i]);
+    wide->sequences = sequences;
+    // Two bytes that begin with E0 stand for 64 characters from U+0800 at the least.
+    for (std::uint32_t i = 0; i < 1024; ++i)
+        wide->places[i] = i < 32 || is_surrogate_place(i) ? 0 : table.index[i] * 64u;
+    for (std::uint32_t i = 0; i < 32; ++i)
+        wide->places[1024 + i] = i < 2 ? 0 : table.index[i] * 64u;
+    set->wide = wide;
+    set->to_utf8 = codes_to_utf8;
+    set->from_utf8 = table.header->code_width == 2 ? codes_from_utf8<std::uint16_t> : codes_from_utf8<std::uint32_t>;
+    return true;
+}
+
+} // namespace
+
+bool prepare_passes(CharacterSet *set, Speed) {
+    const std::uint32_t flags = set->table.flags;
+    if ((flags & TABLE_SHIFT) != 0)
+        return true;
+    return (flags & TABLE_SINGLE) != 0 ? prepare_single(set) : prepare_codes(set);
+}
+
+void drop_passes(const CharacterSet &set) {
+    std::free(const_cast<SingleBytes *>(set.single));
+    std::free(const_cast<WideCodes *>(set.wide));
+}
+
+} // namespace dlx::unic
