@@ -13,6 +13,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -74,8 +75,9 @@ public:
         for (std::size_t i = 0; i < data.texts.size(); ++i)
             content += std::to_string(i) + " = 01004, \"" + data.texts[i] + "\"\n";
         directory_.write("locales/message/german/comnlib.loc", content);
+        if (const char *home = std::getenv("DALVEX"))
+            home_ = home;
         setenv("DALVEX", directory_.path.c_str(), 1);
-        unsetenv("DALVEX_NCS");
         set_.oid = messages_.charset_oid = &oid_;
         globals_.cmg_chardesc = globals_.cmg_utf8_charset = &set_;
         comn_create_mutex(&messages_.msgmtx);
@@ -87,6 +89,12 @@ public:
         context_.ctxglobals = &globals_;
         context_.ctxlocale = &locale_;
         com_errinit(&context_);
+        for (std::size_t i = 0; i < VALUES; ++i)
+            work(i); // what is read is read now
+        if (home_)
+            setenv("DALVEX", home_->c_str(), 1);
+        else
+            unsetenv("DALVEX");
     }
     ~Library() {
         com_errdrop(&context_);
@@ -108,6 +116,7 @@ public:
 private:
     const MessageTexts &data_;
     Directory directory_;
+    std::optional<std::string> home_; // of the other rows
     CS_CHAR language_[sizeof "german"] = "german";
     CsOID oid_ = {};
     CsCharDesc set_ = {};
