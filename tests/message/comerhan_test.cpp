@@ -373,9 +373,11 @@ TEST_F(Messages, WithoutACallbackNothingIsBuiltAndNoFileIsTouched) {
     EXPECT_EQ(told.calls, 0);
 }
 
-TEST_F(Messages, CallbackMayRaiseAMessageItself) {
+TEST_F(Messages, CallbackHoldsNoLockAndMayRaiseAMessageItself) {
     context()->ctxerrfunc = [](CS_CONTEXT *raising, CS_CLIENTMSG *message) {
         const std::string before = text_of(*message);
+        const auto *const cache = static_cast<const CsLocCache *>(raising->ctxlocale->messageptr);
+        EXPECT_EQ(reinterpret_cast<const COMN_MUTEX *>(cache->locmessage->msgmtx)->use_count, 0) << "no lock is held";
         raising->ctxerrfunc = note;
         CS_CHAR inner[] = "inner";
         CsErrParams params;
