@@ -207,15 +207,13 @@ VECTORS int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *so
 
 namespace {
 
-// The codes at places of the blocks, for the chosen ones of 16 characters.
-VECTORS inline __m512i codes_at(const Table &table, __mmask16 chosen, __m512i at) {
+// The codes of the chosen ones of 16 characters, 0 for the others.
+VECTORS inline __m512i codes_of(const WideCodes &wide, __mmask16 chosen, __m512i characters) {
     const __m512i zero = _mm512_setzero_si512();
-    if (table.header->code_width == 4)
-        return _mm512_mask_i32gather_epi32(zero, chosen, at, table.blocks, 4);
-    // Two codes at a time, of which the lower half of what is left is the right one.
-    const __m512i two = _mm512_mask_i32gather_epi32(zero, chosen, _mm512_srli_epi32(at, 1), table.blocks, 4);
-    const __m512i odd = _mm512_and_si512(at, _mm512_set1_epi32(1));
-    return _mm512_and_si512(_mm512_srlv_epi32(two, _mm512_slli_epi32(odd, 4)), _mm512_set1_epi32(0xFFFF));
+    if (wide.longs != nullptr)
+        return _mm512_mask_i32gather_epi32(zero, chosen, characters, wide.longs, 4);
+    return _mm512_and_si512(_mm512_mask_i32gather_epi32(zero, chosen, characters, wide.shorts, 2),
+                            _mm512_set1_epi32(0xFFFF));
 }
 
 } // namespace
@@ -223,7 +221,6 @@ VECTORS inline __m512i codes_at(const Table &table, __mmask16 chosen, __m512i at
 VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length,
                                 std::uint8_t *buffer, std::size_t size, int *count) {
     constexpr std::size_t LANES = 16;
-    const std::uint32_t *const places = set.wide->places;
     const auto step = set.table.header->code_width == 2 ? step_over<std::uint16_t> : step_over<std::uint32_t>;
     alignas(64) static constexpr auto ORDER = [] {
         struct {
@@ -236,7 +233,7 @@ VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *sou
     const __m512i order = load(ORDER.of);
     const __m512i next_bytes = _mm512_set1_epi32(0x03020100);
     const __m512i first_byte_everywhere = _mm512_set4_epi32(0x0C0C0C0C, 0x08080808, 0x04040404, 0x00000000);
-    const __m512i highest_first = _mm512_set4_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203);
+    const __m512i high_byte_first = _mm512_set4_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203);
     Cursor cursor = cursor_over(source, length, buffer, size);
     for (;;) {
         Cursor at = cursor; // of the rounds, which stays in registers
@@ -263,7 +260,7 @@ VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *sou
             const std::uint64_t others = (leads & ~whole) | (block.continuations & ~inner);
             const std::size_t shaped = std::min(first_of(others), block.length);
             const std::uint64_t starts = first_bits(shaped) & ~block.continuations;
-            std::size_t lanes = std::min(count_of(starts), LANES);
+            const std::size_t lanes = std::min(count_of(starts), LANES);
             n = count_of(starts) > LANES ? first_of(_pdep_u64(1u << LANES, starts)) : shaped;
 
             // The bytes of 16 characters, as if each had three.
@@ -271,25 +268,22 @@ VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *sou
             const __m512i spread = _mm512_shuffle_epi8(_mm512_cvtepu8_epi32(offsets), first_byte_everywhere);
             const __m512i bytes = _mm512_permutexvar_epi8(_mm512_add_epi8(spread, next_bytes), block.bytes);
             auto chosen = static_cast<__mmask16>(first_bits(lanes));
-            const __mmask16 ascii = _mm512_mask_testn_epi32_mask(chosen, bytes, _mm512_set1_epi32(0x80));
-            const __mmask16 wide = chosen & static_cast<__mmask16>(~ascii);
-            const __mmask16 two = _mm512_mask_testn_epi32_mask(wide, bytes, _mm512_set1_epi32(0x20));
-            const __m512i as_three =
-                _mm512_mask_or_epi32(bytes, two, _mm512_slli_epi32(bytes, 8), _mm512_set1_epi32(0x10));
-            const __m512i bits = _mm512_and_si512(as_three, _mm512_set1_epi32(0x003F3F1F));
+            const __mmask16 one = _mm512_testn_epi32_mask(bytes, _mm512_set1_epi32(0x80));
+            const __mmask16 one_or_two = one | _mm512_testn_epi32_mask(bytes, _mm512_set1_epi32(0x20));
+            __m512i three = _mm512_mask_slli_epi32(bytes, one_or_two, bytes, 8);
+            three = _mm512_mask_slli_epi32(three, one, bytes, 16);
+            const __m512i bits = _mm512_and_si512(three, _mm512_set1_epi32(0x007F3F0F));
             const __m512i halves = _mm512_maddubs_epi16(bits, _mm512_set1_epi32(0x00010140));
-            const __m512i front = _mm512_and_si512(halves, _mm512_set1_epi32(0xFFFF));
-            const __m512i place = _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), wide, front, places, 4);
-            const __m512i found = codes_at(set.table, wide, _mm512_add_epi32(place, _mm512_srli_epi32(halves, 16)));
-            const __mmask16 missing = _mm512_mask_testn_epi32_mask(wide, found, found);
+            const __m512i characters = _mm512_madd_epi16(halves, _mm512_set1_epi32(0x00010040));
+            // What has fewer bits than its form stands for is no character.
+            const __mmask16 sound = _mm512_cmpge_epu32_mask(characters, _mm512_set1_epi32(0x800)) | one_or_two;
+            const __m512i found = codes_of(*set.wide, chosen & sound, characters);
+            const __mmask16 missing = _mm512_mask_testn_epi32_mask(chosen, found, found);
             if (missing != 0) {
-                lanes = first_of(missing);
-                n = first_of(_pdep_u64(std::uint64_t{1} << lanes, starts));
-                chosen = static_cast<__mmask16>(first_bits(lanes));
+                n = first_of(_pdep_u64(std::uint64_t{1} << first_of(missing), starts));
+                chosen = static_cast<__mmask16>(first_bits(first_of(missing)));
             }
-            const __m512i single = _mm512_and_si512(bytes, _mm512_set1_epi32(0x7F));
-            const __m512i codes = _mm512_maskz_mov_epi32(chosen, _mm512_mask_mov_epi32(found, ascii, single));
-            const __m512i out = _mm512_shuffle_epi8(codes, highest_first);
+            const __m512i out = _mm512_shuffle_epi8(_mm512_maskz_mov_epi32(chosen, found), high_byte_first);
             if (!put(&at, _mm512_test_epi8_mask(out, out), out))
                 return UNI_NOROOM;
             at.p += n;
