@@ -103,7 +103,7 @@ struct Texts {
     Set from, to;
     std::vector<std::string> source, target;
 
-    std::size_t place(std::size_t i) const { return i % source.size(); }
+    std::size_t place(std::size_t i) const { return i & (source.size() - 1); } // a power of 2
 };
 
 // Texts of exactly so many bytes in the set that they are in.

@@ -262,9 +262,9 @@ bool is_wide_utf16(const CharacterSet &, char32_t) { return true; }
 } // namespace
 
 constinit const CharacterSet ASCII_SET = {ASCII, decode_ascii, encode_ascii, is_wide_ascii, 1, single_to_utf8, single_from_utf8,
-                                          &ASCII_BYTES, nullptr,      {}};
-constinit const CharacterSet UTF8_SET = {UTF8, decode_utf8, encode_utf8, is_wide_utf8, 3, nullptr, nullptr, nullptr, nullptr, {}};
-constinit const CharacterSet UTF16_SET = {UTF16, decode_utf16, encode_utf16, is_wide_utf16, 2, nullptr, nullptr, nullptr, nullptr, {}};
+                                          &ASCII_BYTES, nullptr, nullptr, {}};
+constinit const CharacterSet UTF8_SET = {UTF8, decode_utf8, encode_utf8, is_wide_utf8, 3, nullptr, nullptr, nullptr, nullptr, nullptr, {}};
+constinit const CharacterSet UTF16_SET = {UTF16, decode_utf16, encode_utf16, is_wide_utf16, 2, nullptr, nullptr, nullptr, nullptr, nullptr, {}};
 
 } // namespace dlx::unic
 

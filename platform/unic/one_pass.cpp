@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 #include <new>
 
 namespace dlx::unic {
@@ -170,7 +171,9 @@ int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size
         if (ascii && *cursor.p < 0x80) {
             if (cursor.room() == 0)
                 return UNI_NOROOM;
-            copy_ascii(&cursor);
+            *cursor.out++ = *cursor.p++; // often alone
+            if (cursor.p != cursor.end && *cursor.p < 0x80)
+                copy_ascii(&cursor);
             continue;
         }
         // Runs of codes of two bytes and more.
@@ -231,16 +234,13 @@ template int step_from_utf8<std::uint8_t>(const CharacterSet &, Cursor *);
 template int step_from_utf8<std::uint16_t>(const CharacterSet &, Cursor *);
 template int step_from_utf8<std::uint32_t>(const CharacterSet &, Cursor *);
 
-template <typename Width>
 int codes_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
                     std::size_t size, int *count) {
-    const std::uint32_t *const places = set.wide->places;
-    const auto *const blocks = static_cast<const Width *>(set.table.blocks);
+    const auto step = set.table.header->code_width == 2 ? step_from_utf8<std::uint16_t> : step_from_utf8<std::uint32_t>;
     const bool ascii = (set.table.flags & TABLE_ASCII) != 0;
-    const bool pairs = set.table.pair_count != 0;
     Cursor cursor = {source, end_of_text(source, length), buffer, buffer + size, false};
     while (cursor.p != cursor.end) {
-        if (ascii && *cursor.p < 0x80 && !pairs) {
+        if (ascii && *cursor.p < 0x80) {
             if (cursor.room() == 0)
                 return UNI_NOROOM;
             copy_ascii(&cursor);
@@ -248,41 +248,39 @@ int codes_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::si
         }
         // Runs of characters of three bytes with a code of two.
         const std::uint8_t *const before = cursor.p;
-        while (!pairs && cursor.left() >= 3 && cursor.room() >= 2) {
+        while (cursor.left() >= 3 && cursor.room() >= 2) {
             const std::uint8_t *const p = cursor.p;
             if ((p[0] & 0xF0) != 0xE0 || (p[1] & 0xC0) != 0x80 || (p[2] & 0xC0) != 0x80)
                 break;
-            const std::uint32_t code = blocks[places[(p[0] & 0xF) << 6 | (p[1] & 0x3F)] + (p[2] & 0x3F)];
-            if (code < 0x100 || code > 0xFFFF)
+            const unsigned character = (p[0] & 0xFu) << 12 | (p[1] & 0x3Fu) << 6 | (p[2] & 0x3Fu);
+            const std::uint32_t code = set.wide->code_of(character);
+            if (code < 0x100 || code > 0xFFFF || character < 0x800)
                 break;
-            cursor.out[0] = static_cast<std::uint8_t>(code >> 8);
-            cursor.out[1] = static_cast<std::uint8_t>(code);
-            cursor.out += 2;
+            cursor.out = put_code(cursor.out, code, 2);
             cursor.p += 3;
         }
         if (cursor.p != before)
             continue;
-        const int status = step_from_utf8<Width>(set, &cursor);
+        const int status = step(set, &cursor);
         if (status != UNI_OK)
             return status;
     }
     return cursor.finish(buffer, count);
 }
-template int codes_from_utf8<std::uint16_t>(const CharacterSet &, const std::uint8_t *, std::size_t, std::uint8_t *,
-                                            std::size_t, int *);
-template int codes_from_utf8<std::uint32_t>(const CharacterSet &, const std::uint8_t *, std::size_t, std::uint8_t *,
-                                            std::size_t, int *);
 
 // ---- Preparation --------------------------------------------------------------------------------------------------
 
 namespace {
 
 bool prepare_single(CharacterSet *set) {
-    void *const room = std::malloc(sizeof(SingleBytes));
-    if (room == nullptr)
+    constexpr std::size_t ALIGNMENT = alignof(SingleBytes);
+    set->memory = std::malloc(sizeof(SingleBytes) + ALIGNMENT - 1);
+    if (set->memory == nullptr)
         return false;
+    void *room = set->memory;
+    std::size_t left = sizeof(SingleBytes) + ALIGNMENT - 1;
     const Table &table = set->table;
-    set->single = new (room) SingleBytes(make_single_bytes(
+    set->single = new (std::align(ALIGNMENT, sizeof(SingleBytes), room, left)) SingleBytes(make_single_bytes(
         (table.flags & TABLE_ASCII) != 0, [&](unsigned byte) -> char32_t { return table.leaf16[byte]; },
         [&](unsigned c) { return table.code_of<std::uint8_t>(c); }));
     set->to_utf8 = single_to_utf8;
@@ -290,28 +288,44 @@ bool prepare_single(CharacterSet *set) {
     return true;
 }
 
-// The bytes of surrogates, in the place of the two that characters of three bytes begin with.
-constexpr bool is_surrogate_place(std::uint32_t place) { return is_surrogate(place << 6); }
+template <typename Width>
+Width *fill_codes(const Table &table, void *memory) {
+    auto *const codes = static_cast<Width *>(memory);
+    for (std::uint32_t c = 0; c < 0x10000; ++c)
+        codes[c] = is_surrogate(c) ? 0 : table.code_of<Width>(c);
+    for (std::uint32_t i = 0; i < table.pair_count; ++i)
+        if (table.pairs[i].first < 0x10000)
+            codes[table.pairs[i].first] = 0;
+    codes[0x10000] = 0;
+    return codes;
+}
+
+// ASCII text is taken in runs, in which no pair would be seen.
+bool ascii_begins_a_pair(const Table &table) {
+    return std::any_of(table.pairs, table.pairs + table.pair_count, [](const Pair &pair) { return pair.first < 0x80; });
+}
 
 bool prepare_codes(CharacterSet *set) {
     const Table &table = set->table;
-    const std::uint32_t characters = table.header->sections[SECTION_LEAF16].count;
-    void *const room = std::malloc(sizeof(WideCodes) + characters * sizeof(std::uint32_t));
-    if (room == nullptr)
+    if (ascii_begins_a_pair(table))
+        return true;
+    const std::size_t characters = table.header->sections[SECTION_LEAF16].count;
+    const std::size_t codes = (0x10000 + 1) * table.header->code_width;
+    set->memory = std::malloc(sizeof(WideCodes) + characters * sizeof(std::uint32_t) + codes);
+    if (set->memory == nullptr)
         return false;
-    auto *const wide = new (room) WideCodes();
+    auto *const wide = new (set->memory) WideCodes();
     auto *const sequences = reinterpret_cast<std::uint32_t *>(wide + 1);
-    for (std::uint32_t i = 0; i < characters; ++i)
+    for (std::size_t i = 0; i < characters; ++i)
         sequences[i] = PackedSequence::of(table.leaf16[i]);
     wide->sequences = sequences;
-    // Two bytes that begin with E0 stand for 64 characters from U+0800 at the least.
-    for (std::uint32_t i = 0; i < 1024; ++i)
-        wide->places[i] = i < 32 || is_surrogate_place(i) ? 0 : table.index[i] * 64u;
-    for (std::uint32_t i = 0; i < 32; ++i)
-        wide->places[1024 + i] = i < 2 ? 0 : table.index[i] * 64u;
+    if (table.header->code_width == 2)
+        wide->shorts = fill_codes<std::uint16_t>(table, sequences + characters);
+    else
+        wide->longs = fill_codes<std::uint32_t>(table, sequences + characters);
     set->wide = wide;
     set->to_utf8 = codes_to_utf8;
-    set->from_utf8 = table.header->code_width == 2 ? codes_from_utf8<std::uint16_t> : codes_from_utf8<std::uint32_t>;
+    set->from_utf8 = codes_from_utf8;
     return true;
 }
 
@@ -323,7 +337,7 @@ void choose_best(CharacterSet *set) {
     if ((table.flags & TABLE_SINGLE) != 0) {
         set->to_utf8 = single_to_utf8_512;
         set->from_utf8 = single_from_utf8_512;
-    } else if (table.pair_count == 0) {
+    } else if (set->wide != nullptr) {
         set->from_utf8 = codes_from_utf8_512;
     }
 #else
@@ -344,9 +358,6 @@ bool prepare_passes(CharacterSet *set, Speed speed) {
     return true;
 }
 
-void drop_passes(const CharacterSet &set) {
-    std::free(const_cast<SingleBytes *>(set.single));
-    std::free(const_cast<WideCodes *>(set.wide));
-}
+void drop_passes(const CharacterSet &set) { std::free(set.memory); }
 
 } // namespace dlx::unic

@@ -25,14 +25,14 @@ struct PackedSequence {
     static constexpr std::size_t length(std::uint32_t packed) { return packed >> LENGTH_SHIFT; }
 };
 
-// What a set of single bytes keeps.
+// What a set of single bytes keeps. Lies at a multiple of 64.
 struct SingleBytes {
     std::uint32_t sequences[256]; // a byte's UTF-8
     std::uint8_t codes[0x800];    // of the characters below, 0 without a partner
     bool is_ascii;                // the ASCII characters are themselves
 
     // For blocks of text at a time. The bytes from 0x80: the first and second byte of their UTF-8.
-    std::uint8_t firsts[128];
+    alignas(64) std::uint8_t firsts[128];
     std::uint8_t seconds[128];
     // The characters of two bytes behind the four leads that have most: codes, as `codes` has them.
     std::uint8_t favourites[256];
@@ -76,9 +76,12 @@ inline constexpr SingleBytes ASCII_BYTES = make_single_bytes(
 // What a set with wider codes keeps.
 struct WideCodes {
     const std::uint32_t *sequences; // the UTF-8 of each character of the table's 16-bit leaves
-    // Where in the blocks of codes the 64 characters stand that begin with two bytes of UTF-8, by the low bits of both;
-    // behind them the same for those that begin with one. 0, where there is no code, for what is no character.
-    std::uint32_t places[1024 + 32];
+    // The code of each character of the basic plane, where it has one and does not begin a pair, else 0. One of the two
+    // is null: `shorts`, with room for one more behind the last, is for sets with codes of two bytes at the most.
+    const std::uint16_t *shorts;
+    const std::uint32_t *longs;
+
+    std::uint32_t code_of(char32_t c) const { return shorts != nullptr ? shorts[c] : longs[c]; }
 };
 
 // How far a pass is.
@@ -116,7 +119,6 @@ int single_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::siz
                    std::size_t size, int *count);
 int single_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
                      std::size_t size, int *count);
-template <typename Width>
 int codes_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,
                     std::size_t size, int *count);
 int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size_t length, std::uint8_t *buffer,

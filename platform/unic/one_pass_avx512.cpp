@@ -130,13 +130,16 @@ VECTORS inline Cursor cursor_over(const std::uint8_t *source, std::size_t length
     return {source, end, buffer, buffer + size, false};
 }
 
-// The character that a round leaves, and the ones behind it that rounds would leave as well: they begin from `rare`.
+// The character that a round leaves, and some behind it that the next rounds would leave as well: where this round took
+// none, it is in text that they do not suit, and characters that begin from `rare` never do.
 template <typename Width>
-int step_over(const CharacterSet &set, unsigned rare, Cursor *cursor) {
+int step_over(const CharacterSet &set, std::size_t taken_before, unsigned rare, Cursor *cursor) {
+    constexpr int STRETCH = 8;
+    int left = taken_before == 0 ? STRETCH : 1;
     int status;
     do
         status = step_from_utf8<Width>(set, cursor);
-    while (status == UNI_OK && cursor->p != cursor->end && *cursor->p >= rare);
+    while (status == UNI_OK && cursor->p != cursor->end && (--left > 0 || *cursor->p >= rare));
     return status;
 }
 
@@ -145,9 +148,6 @@ int step_over(const CharacterSet &set, unsigned rare, Cursor *cursor) {
 VECTORS int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length,
                                  std::uint8_t *buffer, std::size_t size, int *count) {
     const SingleBytes &single = *set.single;
-    const __m512i places = load(single.places), known = load(single.known);
-    const __m512i codes[] = {load(single.favourites), load(single.favourites + 64), load(single.favourites + 128),
-                             load(single.favourites + 192)};
     alignas(64) static constexpr auto PREVIOUS = [] {
         struct {
             std::uint8_t of[64];
@@ -156,54 +156,64 @@ VECTORS int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *so
             made.of[i] = static_cast<std::uint8_t>(i - 1) & 63;
         return made;
     }();
-    const __m512i previous = load(PREVIOUS.of);
     Cursor cursor = cursor_over(source, length, buffer, size);
-    while (cursor.p != cursor.end) {
-        const Block block = block_at(&cursor);
-        if (block.upper == 0) {
-            if (!put(&cursor, block.present, block.bytes))
+    for (;;) {
+        const __m512i previous = load(PREVIOUS.of), places = load(single.places), known = load(single.known);
+        const __m512i codes[] = {load(single.favourites), load(single.favourites + 64), load(single.favourites + 128),
+                                 load(single.favourites + 192)};
+        Cursor at = cursor; // of the rounds, which stays in registers
+        std::size_t n = 0;
+        for (bool is_regular = true; is_regular;) {
+            if (at.p == at.end)
+                return at.finish(buffer, count);
+            const Block block = block_at(&at);
+            if (block.upper == 0) {
+                if (!put(&at, block.present, block.bytes))
+                    return UNI_NOROOM;
+                at.p += block.length;
+                continue;
+            }
+            // A code for every place that continues a character of two bytes.
+            const std::uint64_t leads = block.leads();
+            const std::uint64_t known_leads =
+                _mm512_mask_test_epi8_mask(leads, _mm512_permutexvar_epi8(block.bytes, known), _mm512_set1_epi8(-1));
+            const __m512i place = _mm512_permutexvar_epi8(previous, _mm512_permutexvar_epi8(block.bytes, places));
+            const __m512i favourite = _mm512_or_si512(place, _mm512_and_si512(block.bytes, _mm512_set1_epi8(0x3F)));
+            const __m512i found = _mm512_mask_mov_epi8(_mm512_permutex2var_epi8(codes[0], favourite, codes[1]),
+                                                       _mm512_movepi8_mask(favourite),
+                                                       _mm512_permutex2var_epi8(codes[2], favourite, codes[3]));
+            const std::uint64_t whole =
+                _mm512_mask_test_epi8_mask(block.continuations & known_leads << 1, found, found);
+            n = block.length;
+            std::uint64_t done = block.present;
+            if ((block.continuations ^ leads << 1) != 0 || whole != block.continuations || leads >> (BLOCK - 1) != 0) {
+                // What is not a whole character with a code ends the round.
+                const std::uint64_t others = (leads & ~(whole >> 1)) | (block.continuations & ~whole & ~(leads << 1));
+                n = std::min(first_of(others), n);
+                done = first_bits(n);
+                // A character that begins with the last byte of a block may go on behind it.
+                is_regular = n == block.length || n == BLOCK - 1;
+            }
+            if (!put(&at, done & ~leads, _mm512_mask_mov_epi8(block.bytes, whole, found)))
                 return UNI_NOROOM;
-            cursor.p += block.length;
-            continue;
+            at.p += n;
         }
-        // A code for every place that continues a character of two bytes.
-        const std::uint64_t leads = block.leads();
-        const std::uint64_t known_leads =
-            _mm512_mask_test_epi8_mask(leads, _mm512_permutexvar_epi8(block.bytes, known), _mm512_set1_epi8(-1));
-        const __m512i place = _mm512_permutexvar_epi8(previous, _mm512_permutexvar_epi8(block.bytes, places));
-        const __m512i at = _mm512_or_si512(place, _mm512_and_si512(block.bytes, _mm512_set1_epi8(0x3F)));
-        const __m512i found =
-            _mm512_mask_mov_epi8(_mm512_permutex2var_epi8(codes[0], at, codes[1]), _mm512_movepi8_mask(at),
-                                 _mm512_permutex2var_epi8(codes[2], at, codes[3]));
-        const std::uint64_t whole = _mm512_mask_test_epi8_mask(block.continuations & known_leads << 1, found, found);
-        // What is not a whole character with a code ends the round.
-        const std::uint64_t others = (leads & ~(whole >> 1)) | (block.continuations & ~whole & ~(leads << 1));
-        const std::size_t n = std::min(first_of(others), block.length);
-        const std::uint64_t done = first_bits(n);
-        if (!put(&cursor, done & ~leads, _mm512_mask_mov_epi8(block.bytes, whole, found)))
-            return UNI_NOROOM;
-        cursor.p += n;
-        // A character that begins with the last byte of a block may go on behind it.
-        if (n < block.length && n < BLOCK - 1) {
-            const int status = step_over<std::uint8_t>(set, 0xE0, &cursor);
-            if (status != UNI_OK)
-                return status;
-        }
+        cursor = at;
+        const int status = step_over<std::uint8_t>(set, n, 0xE0, &cursor);
+        if (status != UNI_OK)
+            return status;
     }
-    return cursor.finish(buffer, count);
 }
 
 namespace {
 
-// The codes at places of the blocks, for the chosen ones of 16 characters.
-VECTORS inline __m512i codes_at(const Table &table, __mmask16 chosen, __m512i at) {
+// The codes of the chosen ones of 16 characters, 0 for the others.
+VECTORS inline __m512i codes_of(const WideCodes &wide, __mmask16 chosen, __m512i characters) {
     const __m512i zero = _mm512_setzero_si512();
-    if (table.header->code_width == 4)
-        return _mm512_mask_i32gather_epi32(zero, chosen, at, table.blocks, 4);
-    // Two codes at a time, of which the lower half of what is left is the right one.
-    const __m512i two = _mm512_mask_i32gather_epi32(zero, chosen, _mm512_srli_epi32(at, 1), table.blocks, 4);
-    const __m512i odd = _mm512_and_si512(at, _mm512_set1_epi32(1));
-    return _mm512_and_si512(_mm512_srlv_epi32(two, _mm512_slli_epi32(odd, 4)), _mm512_set1_epi32(0xFFFF));
+    if (wide.longs != nullptr)
+        return _mm512_mask_i32gather_epi32(zero, chosen, characters, wide.longs, 4);
+    return _mm512_and_si512(_mm512_mask_i32gather_epi32(zero, chosen, characters, wide.shorts, 2),
+                            _mm512_set1_epi32(0xFFFF));
 }
 
 } // namespace
@@ -211,7 +221,6 @@ VECTORS inline __m512i codes_at(const Table &table, __mmask16 chosen, __m512i at
 VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length,
                                 std::uint8_t *buffer, std::size_t size, int *count) {
     constexpr std::size_t LANES = 16;
-    const std::uint32_t *const places = set.wide->places;
     const auto step = set.table.header->code_width == 2 ? step_over<std::uint16_t> : step_over<std::uint32_t>;
     alignas(64) static constexpr auto ORDER = [] {
         struct {
@@ -224,64 +233,67 @@ VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *sou
     const __m512i order = load(ORDER.of);
     const __m512i next_bytes = _mm512_set1_epi32(0x03020100);
     const __m512i first_byte_everywhere = _mm512_set4_epi32(0x0C0C0C0C, 0x08080808, 0x04040404, 0x00000000);
-    const __m512i highest_first = _mm512_set4_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203);
+    const __m512i high_byte_first = _mm512_set4_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203);
     Cursor cursor = cursor_over(source, length, buffer, size);
-    while (cursor.p != cursor.end) {
-        const Block block = block_at(&cursor);
-        if (block.upper == 0) {
-            if (!put(&cursor, block.present, block.bytes))
-                return UNI_NOROOM;
-            cursor.p += block.length;
-            continue;
-        }
-        // Characters of two and three bytes as far as their shape goes.
-        const std::uint64_t leads = block.leads();
-        const auto at_least = [&](int byte) VECTORS {
-            return _mm512_mask_cmpge_epu8_mask(leads, block.bytes, _mm512_set1_epi8(static_cast<char>(byte)));
-        };
-        const std::uint64_t threes = at_least(0xE0) & ~at_least(0xF0), twos = at_least(0xC2) & ~at_least(0xE0);
-        const std::uint64_t whole =
-            (twos & block.continuations >> 1) | (threes & block.continuations >> 1 & block.continuations >> 2);
-        const std::uint64_t inner = (whole << 1) | (whole & threes) << 2;
-        const std::uint64_t others = (leads & ~whole) | (block.continuations & ~inner);
-        const std::size_t shaped = std::min(first_of(others), block.length);
-        const std::uint64_t starts = first_bits(shaped) & ~block.continuations;
-        std::size_t lanes = std::min(count_of(starts), LANES);
-        std::size_t n = count_of(starts) > LANES ? first_of(_pdep_u64(1u << LANES, starts)) : shaped;
+    for (;;) {
+        Cursor at = cursor; // of the rounds, which stays in registers
+        std::size_t n = 0;
+        for (bool is_regular = true; is_regular;) {
+            if (at.p == at.end)
+                return at.finish(buffer, count);
+            const Block block = block_at(&at);
+            if (block.upper == 0) {
+                if (!put(&at, block.present, block.bytes))
+                    return UNI_NOROOM;
+                at.p += block.length;
+                continue;
+            }
+            // Characters of two and three bytes as far as their shape goes.
+            const std::uint64_t leads = block.leads();
+            const auto at_least = [&](int byte) VECTORS {
+                return _mm512_mask_cmpge_epu8_mask(leads, block.bytes, _mm512_set1_epi8(static_cast<char>(byte)));
+            };
+            const std::uint64_t threes = at_least(0xE0) & ~at_least(0xF0), twos = at_least(0xC2) & ~at_least(0xE0);
+            const std::uint64_t whole =
+                (twos & block.continuations >> 1) | (threes & block.continuations >> 1 & block.continuations >> 2);
+            const std::uint64_t inner = (whole << 1) | (whole & threes) << 2;
+            const std::uint64_t others = (leads & ~whole) | (block.continuations & ~inner);
+            const std::size_t shaped = std::min(first_of(others), block.length);
+            const std::uint64_t starts = first_bits(shaped) & ~block.continuations;
+            const std::size_t lanes = std::min(count_of(starts), LANES);
+            n = count_of(starts) > LANES ? first_of(_pdep_u64(1u << LANES, starts)) : shaped;
 
-        // The bytes of 16 characters, as if each had three.
-        const __m128i offsets = _mm512_castsi512_si128(_mm512_maskz_compress_epi8(starts, order));
-        const __m512i spread = _mm512_shuffle_epi8(_mm512_cvtepu8_epi32(offsets), first_byte_everywhere);
-        const __m512i bytes = _mm512_permutexvar_epi8(_mm512_add_epi8(spread, next_bytes), block.bytes);
-        auto chosen = static_cast<__mmask16>(first_bits(lanes));
-        const __mmask16 ascii = _mm512_mask_testn_epi32_mask(chosen, bytes, _mm512_set1_epi32(0x80));
-        const __mmask16 wide = chosen & static_cast<__mmask16>(~ascii);
-        const __mmask16 two = _mm512_mask_testn_epi32_mask(wide, bytes, _mm512_set1_epi32(0x20));
-        const __m512i as_three = _mm512_mask_or_epi32(bytes, two, _mm512_slli_epi32(bytes, 8), _mm512_set1_epi32(0x10));
-        const __m512i bits = _mm512_and_si512(as_three, _mm512_set1_epi32(0x003F3F1F));
-        const __m512i halves = _mm512_maddubs_epi16(bits, _mm512_set1_epi32(0x00010140));
-        const __m512i front = _mm512_and_si512(halves, _mm512_set1_epi32(0xFFFF));
-        const __m512i place = _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), wide, front, places, 4);
-        const __m512i found = codes_at(set.table, wide, _mm512_add_epi32(place, _mm512_srli_epi32(halves, 16)));
-        const __mmask16 missing = _mm512_mask_testn_epi32_mask(wide, found, found);
-        if (missing != 0) {
-            lanes = first_of(missing);
-            n = first_of(_pdep_u64(std::uint64_t{1} << lanes, starts));
-            chosen = static_cast<__mmask16>(first_bits(lanes));
+            // The bytes of 16 characters, as if each had three.
+            const __m128i offsets = _mm512_castsi512_si128(_mm512_maskz_compress_epi8(starts, order));
+            const __m512i spread = _mm512_shuffle_epi8(_mm512_cvtepu8_epi32(offsets), first_byte_everywhere);
+            const __m512i bytes = _mm512_permutexvar_epi8(_mm512_add_epi8(spread, next_bytes), block.bytes);
+            auto chosen = static_cast<__mmask16>(first_bits(lanes));
+            const __mmask16 one = _mm512_testn_epi32_mask(bytes, _mm512_set1_epi32(0x80));
+            const __mmask16 one_or_two = one | _mm512_testn_epi32_mask(bytes, _mm512_set1_epi32(0x20));
+            __m512i three = _mm512_mask_slli_epi32(bytes, one_or_two, bytes, 8);
+            three = _mm512_mask_slli_epi32(three, one, bytes, 16);
+            const __m512i bits = _mm512_and_si512(three, _mm512_set1_epi32(0x007F3F0F));
+            const __m512i halves = _mm512_maddubs_epi16(bits, _mm512_set1_epi32(0x00010140));
+            const __m512i characters = _mm512_madd_epi16(halves, _mm512_set1_epi32(0x00010040));
+            // What has fewer bits than its form stands for is no character.
+            const __mmask16 sound = _mm512_cmpge_epu32_mask(characters, _mm512_set1_epi32(0x800)) | one_or_two;
+            const __m512i found = codes_of(*set.wide, chosen & sound, characters);
+            const __mmask16 missing = _mm512_mask_testn_epi32_mask(chosen, found, found);
+            if (missing != 0) {
+                n = first_of(_pdep_u64(std::uint64_t{1} << first_of(missing), starts));
+                chosen = static_cast<__mmask16>(first_bits(first_of(missing)));
+            }
+            const __m512i out = _mm512_shuffle_epi8(_mm512_maskz_mov_epi32(chosen, found), high_byte_first);
+            if (!put(&at, _mm512_test_epi8_mask(out, out), out))
+                return UNI_NOROOM;
+            at.p += n;
+            is_regular = missing == 0 && (n != shaped || n == block.length || n >= BLOCK - 2);
         }
-        const __m512i single = _mm512_and_si512(bytes, _mm512_set1_epi32(0x7F));
-        const __m512i codes = _mm512_maskz_mov_epi32(chosen, _mm512_mask_mov_epi32(found, ascii, single));
-        const __m512i out = _mm512_shuffle_epi8(codes, highest_first);
-        if (!put(&cursor, _mm512_test_epi8_mask(out, out), out))
-            return UNI_NOROOM;
-        cursor.p += n;
-        if (missing != 0 || (n == shaped && n < block.length && n < BLOCK - 2)) {
-            const int status = step(set, 0xF0, &cursor);
-            if (status != UNI_OK)
-                return status;
-        }
+        cursor = at;
+        const int status = step(set, n, 0xF0, &cursor);
+        if (status != UNI_OK)
+            return status;
     }
-    return cursor.finish(buffer, count);
 }
 
 bool has_vectors_512() {

@@ -12,9 +12,11 @@
 #include <new>
 
 namespace dlx::unic {
+
+constinit std::atomic<const CharacterSet *> loaded_sets[TABLE_NUMBER_LIMIT + 1];
+
 namespace {
 
-constinit std::atomic<const CharacterSet *> loaded[TABLE_NUMBER_LIMIT + 1];
 constinit std::mutex loading;
 
 constexpr std::size_t PATH_SIZE = 4096;
@@ -63,7 +65,7 @@ int load(int number, const UNICHAR *directory, const CharacterSet **set) {
         unmap_table(fresh.table);
         return UNI_NOMEMORY;
     }
-    loaded[number].store(kept, std::memory_order_release);
+    loaded_sets[number].store(kept, std::memory_order_release);
     *set = kept;
     return UNI_OK;
 }
@@ -72,11 +74,11 @@ int load(int number, const UNICHAR *directory, const CharacterSet **set) {
 
 int find_set(int number, const UNICHAR *directory, const CharacterSet **set) {
     if (number > 0 && number <= TABLE_NUMBER_LIMIT) {
-        *set = loaded[number].load(std::memory_order_acquire);
+        *set = loaded_set(number);
         if (*set != nullptr)
             return UNI_OK;
         const std::lock_guard<std::mutex> guard(loading);
-        *set = loaded[number].load(std::memory_order_relaxed);
+        *set = loaded_sets[number].load(std::memory_order_relaxed);
         return *set != nullptr ? UNI_OK : load(number, directory, set);
     }
     switch (number) {

@@ -416,6 +416,6 @@ bool is_wide_scsu(const CharacterSet &, char32_t character) { return character >
 
 } // namespace
 
-constinit const CharacterSet COMPRESSION_SET = {COMPRESSION, decode_scsu, encode_scsu, is_wide_scsu, 3, nullptr, nullptr, nullptr, nullptr, {}};
+constinit const CharacterSet COMPRESSION_SET = {COMPRESSION, decode_scsu, encode_scsu, is_wide_scsu, 3, nullptr, nullptr, nullptr, nullptr, nullptr, {}};
 
 } // namespace dlx::unic

@@ -6,6 +6,7 @@
 
 #include <dlxunic/unic.h>
 
+#include <atomic>
 #include <cstring>
 
 namespace dlx::unic {
@@ -45,12 +46,18 @@ struct CharacterSet {
     Pass from_utf8;
     const SingleBytes *single; // for the passes: what they need besides the table, for sets of single bytes
     const WideCodes *wide;     // the same for sets with wider codes
+    void *memory;              // that either lies in
     Table table;
 };
 
 // The set with its table, which stays for the life of the process. The directory of the tables is that of the home in
 // force, or the one that `directory` names if it is not null; it is asked only by the first call for a set.
 int find_set(int number, const UNICHAR *directory, const CharacterSet **set);
+// A set that is there already, else null: what most calls need, in few instructions.
+extern std::atomic<const CharacterSet *> loaded_sets[TABLE_NUMBER_LIMIT + 1];
+inline const CharacterSet *loaded_set(int number) {
+    return number > 0 && number <= TABLE_NUMBER_LIMIT ? loaded_sets[number].load(std::memory_order_acquire) : nullptr;
+}
 
 // Built-in sets.
 extern const CharacterSet ASCII_SET, UTF16_SET, UTF8_SET, COMPRESSION_SET;

@@ -116,10 +116,12 @@ namespace {
 int pass(UNICONV_CID cid, CharacterSet::Pass CharacterSet::*way, const char *source, int length, char *buffer, int size,
          int *count) {
     *count = 0;
-    const CharacterSet *set = nullptr;
-    const int status = find_set(cid, nullptr, &set);
-    if (status != UNI_OK)
-        return status;
+    const CharacterSet *set = loaded_set(cid);
+    if (set == nullptr) {
+        const int status = find_set(cid, nullptr, &set);
+        if (status != UNI_OK)
+            return status;
+    }
     if (set->*way == nullptr)
         return UNI_INDIRECT;
     if (length < 0 || size < 0)
