@@ -52,9 +52,9 @@ for header in "$source_dir"/include/dlxcomn/*.h; do
     cmp "$header" "$prefix/include/dlxcomn/$(basename "$header")"
 done
 
-# The data home is there as it is kept.
+# The data home is there as it is kept, with the tables that the build has made.
 for directory in config locales charsets; do
-    diff -r "$source_dir/home/$directory" "$prefix/share/dlxcomn/home/$directory" || fail "the data home is another one"
+    diff -r "$build_dir/home/$directory" "$prefix/share/dlxcomn/home/$directory" || fail "the data home is another one"
 done
 
 # The same tree as a Debian package lays it out: one directory deeper.
