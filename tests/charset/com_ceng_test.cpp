@@ -2,6 +2,7 @@
 #include "charset/engine_fixture.h"
 
 #include "support/null_calls.h"
+#include "support/temp_home.h"
 
 #include <gtest/gtest.h>
 

@@ -3,6 +3,7 @@
 
 #include "support/cases.h"
 #include "support/null_calls.h"
+#include "support/temp_directory.h"
 #include "support/unicode_text.h"
 
 #include <dlxunic/unic.h>
