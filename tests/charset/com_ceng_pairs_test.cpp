@@ -68,7 +68,6 @@ public:
             if (!is_asked(c))
                 continue;
             const auto bytes = oracle->bytes(c);
-            is_written_wide = is_written_wide || (bytes && bytes->size() > 1);
             // What the C library writes as a letter and a mark it joins again; a code is a character here.
             if (!bytes || (!is_wide && bytes->size() > 1) || oracle->units(*bytes) != support::units_of({c}) ||
                 pages::is_outside_dec_kanji(cid, *bytes) || (cid == MAC_THAI && is_other_in_mac_thai(*bytes)))
@@ -99,8 +98,6 @@ public:
     const std::unique_ptr<pages::Oracle> oracle;
     bool is_wide;    // it has characters of two bytes and more
     bool is_shifted; // in a state of their own
-    // A character becomes two bytes and more, be they two codes of one: a letter and a mark.
-    bool is_written_wide = false;
 
 private:
     bool is_asked(char32_t c) const {
@@ -356,7 +353,7 @@ TEST_F(EnginePairs, EachCharacterWithoutAPartnerIsReplacedByItsWidth) {
                     if (to->oracle->bytes(c))
                         continue; // something of it is known, or differs
                     const std::size_t width = from->oracle->bytes(c).value().size();
-                    expected += to->is_written_wide && width >= 2 ? "??" : "?";
+                    expected += to->is_wide && width >= 2 ? "??" : "?";
                     ++replaced;
                 }
                 text += c;

@@ -487,6 +487,10 @@ TEST_F(Engine, ACharacterWithoutAPartnerIsAQuestionMarkInASetOfSingleBytes) {
     expect_text(convert("eucjis", "a\xA4\xA2z", "iso_1", 8), CS_SUCCEED, "a?z");
     expect_text(convert("utf8", "\xF0\x9F\x98\x80", "iso_1", 8), CS_SUCCEED, "?");
     expect_text(convert("utf8", "a\xC3\xA4z", "ascii_8", 8), CS_SUCCEED, "a?z");
+    // Also in one that writes some characters as two codes, a letter and a mark.
+    expect_text(convert("utf8", "\xE6\x97\xA5\xE1\xBA\xA5", "cp1258", 8), CS_SUCCEED, "?\xE2\xEC");
+    expect_text(convert("eucjis", "a\xC6\xFCz", "cp1258", 8), CS_SUCCEED, "a?z");
+    expect_text(from_utf8("\xE6\x97\xA5", cache("cp1255"), 8), CS_SUCCEED, "?");
     expect_text(convert("gb18030", "\x94\x39\xFC\x36", "koi8", 8), CS_SUCCEED, "?");
     expect_text(convert("utf8", "\xE4\xB8\xAD", "cp037", 8), CS_SUCCEED, "?"); // the code, whatever it means there
 }
