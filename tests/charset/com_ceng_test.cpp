@@ -1,9 +1,14 @@
 // The main engine by its routes: which one a value takes, and all that it leaves behind.
 #include "charset/engine_fixture.h"
 
+#include "support/debug_output.h"
 #include "support/null_calls.h"
+#include "support/temp_home.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
 
 #include <sys/mman.h>
 
@@ -183,11 +188,8 @@ TEST_F(Engine, TheSameSetIsCopiedWhateverTheApplicationInstalled) {
 
 TEST_F(Engine, AUserFunctionWorksBetweenSetsWithoutTables) {
     BareSet decmcs(6);
-    shipped_["iso_1"];
-    CsOID own = {};
-    decmcs.get()->oid = &own;
     CsUserAlgo conversion = {};
-    conversion.from_oid = &own;
+    conversion.from_oid = decmcs.get()->oid;
     conversion.to_oid = oid("iso_1");
     conversion.user_conv_func = note_call;
     context_.usercharconv = &conversion;
@@ -485,6 +487,10 @@ TEST_F(Engine, ACharacterWithoutAPartnerIsAQuestionMarkInASetOfSingleBytes) {
     expect_text(convert("eucjis", "a\xA4\xA2z", "iso_1", 8), CS_SUCCEED, "a?z");
     expect_text(convert("utf8", "\xF0\x9F\x98\x80", "iso_1", 8), CS_SUCCEED, "?");
     expect_text(convert("utf8", "a\xC3\xA4z", "ascii_8", 8), CS_SUCCEED, "a?z");
+    // Also in one that writes some characters as two codes, a letter and a mark.
+    expect_text(convert("utf8", "\xE6\x97\xA5\xE1\xBA\xA5", "cp1258", 8), CS_SUCCEED, "?\xE2\xEC");
+    expect_text(convert("eucjis", "a\xC6\xFCz", "cp1258", 8), CS_SUCCEED, "a?z");
+    expect_text(from_utf8("\xE6\x97\xA5", cache("cp1255"), 8), CS_SUCCEED, "?");
     expect_text(convert("gb18030", "\x94\x39\xFC\x36", "koi8", 8), CS_SUCCEED, "?");
     expect_text(convert("utf8", "\xE4\xB8\xAD", "cp037", 8), CS_SUCCEED, "?"); // the code, whatever it means there
 }
@@ -668,6 +674,34 @@ TEST_F(Engine, WithoutAHomeATableCannotBeFound) {
     const support::Variable home("DALVEX", "");
     EXPECT_EQ(to_utf8(&cp775.locale.cache, "\xE4", 4).status, CS_FAIL);
     EXPECT_EQ(from_utf8("\xC3\xA4", &cp775.locale.cache, 4).status, CS_FAIL);
+}
+
+// ---- Traces ---------------------------------------------------------------------------------------------------------
+
+TEST_F(Engine, FailuresAndCutsAreTracedOnceAndOrdinaryAnswersAreNot) {
+    BareSet decmcs(6);
+    locale("cp850"), locale("utf8"), locale("iso_1"); // loaded before
+    support::DebugOutput output;
+    const auto traced = [&](const std::function<void()> &call) {
+        com_errset(COM_TRACE_ERRORS);
+        call();
+        com_errset(COM_TRACE_OFF);
+        const std::string text = output.take();
+        EXPECT_TRUE(text.empty() || text.find("com_ceng.cpp") != std::string::npos) << text;
+        return std::ranges::count(text, '\n');
+    };
+    EXPECT_EQ(traced([&] { convert("iso_1", "a", "iso_1", 0); }), 0) << "a silent cut";
+    EXPECT_EQ(traced([&] { convert("iso_1", "abc", "cp850", 3); }), 0);
+    EXPECT_EQ(traced([&] { convert("iso_1", "\xE4", "cp850", 3); }), 0) << "no user function, and no ASCII";
+    EXPECT_EQ(traced([&] { convert("iso_1", "\xE4", "utf8", 3); }), 0);
+    EXPECT_EQ(traced([&] { from_utf8("\xC3\xA4", cache("cp850"), 3); }), 0);
+    EXPECT_EQ(traced([&] { convert("iso_1", "\xE4\xE4", "cp850", 1); }), 1);
+    EXPECT_EQ(traced([&] { convert("iso_1", "\xE4\xE4", "utf8", 1); }), 1);
+    EXPECT_EQ(traced([&] { from_utf8("\xC3\xA4", cache("cp850"), 0); }), 1);
+    EXPECT_EQ(traced([&] { from_utf8("\xC3", cache("cp850"), 3); }), 1);
+    EXPECT_EQ(traced([&] { to_utf8(&decmcs.locale.cache, "\xE4", 3); }), 1);
+    EXPECT_EQ(
+        traced([&] { convert(text_format(&decmcs.locale.record, 1), "\xE4", text_format(locale("iso_1"), 3), 3); }), 1);
 }
 
 // ---- Null pointers --------------------------------------------------------------------------------------------------

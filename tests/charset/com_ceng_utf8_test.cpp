@@ -3,6 +3,7 @@
 
 #include "support/cases.h"
 #include "support/null_calls.h"
+#include "support/temp_directory.h"
 #include "support/unicode_text.h"
 
 #include <dlxunic/unic.h>
@@ -473,8 +474,8 @@ TEST_F(EngineMultiplier, NoLocaleIsTheContexts) {
 
 TEST_F(EngineMultiplier, EachCategoryHasItsOwn) {
     CS_LOCALE mixed = {};
-    mixed.messageptr = cache("iso_1"); // 1 towards iso_1
-    mixed.monetaryptr = cache("utf8"); // 1
+    mixed.messageptr = cache("iso_1");
+    mixed.monetaryptr = cache("utf8");
     mixed.numericptr = cache("cp1252");
     mixed.timeptr = cache("sjis");
     mixed.ctypeptr = cache("tis620");
@@ -492,11 +493,22 @@ TEST_F(EngineMultiplier, EachCategoryHasItsOwn) {
 
 TEST_F(EngineMultiplier, AUserConversionTellsItsOwn) {
     install("iso_1", "cp850", note_call, 17);
+    install("iso_1", "iso_1", note_call, 18);
+    user_calls.clear();
     EXPECT_EQ(multiplier(locale("iso_1"), locale("cp850")), 17);
     EXPECT_EQ(multiplier(locale("cp850"), locale("iso_1")), 1);
-    EXPECT_EQ(multiplier(locale("iso_1"), locale("iso_1")), 1);
-    user_calls.clear();
+    Locale twin(cache("iso_1")->locchardesc);
+    EXPECT_EQ(multiplier(locale("iso_1"), &twin.record), 1) << "the same set";
     EXPECT_TRUE(user_calls.empty());
+    // Also between sets without tables.
+    BareSet decmcs(6);
+    CsUserAlgo conversion = {};
+    conversion.from_oid = decmcs.get()->oid;
+    conversion.to_oid = oid("iso_1");
+    conversion.conv_multiplier = 5;
+    CS_VOID *const list = std::exchange(context_.usercharconv, &conversion);
+    EXPECT_EQ(multiplier(&decmcs.locale.record, locale("iso_1")), 5);
+    context_.usercharconv = list;
 }
 
 TEST_F(EngineMultiplier, ASetWithoutTablesFails) {

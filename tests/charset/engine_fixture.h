@@ -4,8 +4,8 @@
 #define TESTS_CHARSET_ENGINE_FIXTURE_H
 
 #include "support/assertions.h"
-#include "support/complete_home.h"
 #include "support/convert.h"
+#include "support/environment.h"
 
 #include <dlxcomn/dlxcomn.h>
 #include <dlxintl/intl.h>
@@ -55,7 +55,7 @@ public:
     Locale locale;
 };
 
-// One application that has the complete home; the sets are loaded as they are asked for.
+// One application that has the home that ships; the sets are loaded as they are asked for.
 class Shipped {
 public:
     // For the life of the test's process.
@@ -65,7 +65,6 @@ public:
     }
 
     CsCtxGlobals &globals() { return globals_; }
-    support::CompleteHome &home() { return home_; }
 
     // The locale of a set.
     Locale &operator[](const std::string &name) {
@@ -108,7 +107,7 @@ private:
         return cache.locchardesc;
     }
 
-    support::CompleteHome home_;
+    const support::Variable home_{"DALVEX", DLXCOMN_BUILD_DIR "/home"};
     CsCtxGlobals globals_ = {};
     CS_CONTEXT context_ = {};
     std::map<std::string, std::unique_ptr<Locale>> locales_;

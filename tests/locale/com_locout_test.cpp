@@ -3,7 +3,6 @@
 
 #include "support/assertions.h"
 #include "support/code_pages.h"
-#include "support/complete_home.h"
 #include "support/null_calls.h"
 
 #include <cstring>
@@ -17,10 +16,6 @@ using support::ReturningAssertions;
 constexpr char GROUND = '~';
 constexpr CS_INT UNTOUCHED = -77777;
 
-struct HasHome {
-    support::CompleteHome complete;
-};
-
 // What a call left in a buffer of 64 bytes.
 struct Told {
     CS_RETCODE status = 12345;
@@ -31,17 +26,10 @@ struct Told {
     bool untouched_from(std::size_t from) const { return buffer.find_first_not_of(GROUND, from) == std::string::npos; }
 };
 
-class LocOut : private HasHome, public ShippedHome {
+class LocOut : public ShippedHome {
 protected:
-    LocOut() : ShippedHome(complete.path_of("")) {
-        CS_CHAR file[1025] = "";
-        EXPECT_EQ(comn_intl_init(context(), file, sizeof file), CS_SUCCEED) << file;
-    }
-    ~LocOut() override {
-        comn_drop_user_charconv_list(context());
-        comn_free(globals().cmg_utf8_ctypeptr);
-        EXPECT_EQ(comn_lm_exit(context()), CS_SUCCEED);
-    }
+    LocOut() : ShippedHome(WHOLE_HOME) { start(); }
+    ~LocOut() override { comn_drop_user_charconv_list(context()); }
 
     CsLocCache *cache(const std::string &name) { return const_cast<CsLocCache *>(locale(name)); }
     CS_LOCALE of(CsLocCache *time) {
