@@ -62,6 +62,8 @@ private:
 
 // To standard output. False once the output has failed: there is no use in going on.
 bool print(std::string_view text);
+// The same, and at once: what a filter has to say does not wait for more.
+bool print_now(std::string_view text);
 // What the output's fate makes of `code`: a failure to write is told and becomes FAILED.
 int finish_output(int code);
 
