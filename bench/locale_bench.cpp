@@ -2,9 +2,8 @@
 // are separate files, made by the build; the home is that of the build tree. Peers hold nothing when a first load begins,
 // and it ends when all is dropped again.
 #include "contest.h"
-
-#include <dlxcomn/dlxcomn.h>
-#include <dlxintl/intl.h>
+#include "localization.h"
+#include "owner.h"
 
 #include <unicode/uclean.h>
 #include <unicode/ucnv.h>
@@ -26,57 +25,34 @@ struct Place {
 // An application that has started: its identifiers and the UTF-8 set are there.
 class Application {
 public:
-    Application() {
-        callbacks_.take_mutex_fn = comn_take_mutex;
-        callbacks_.release_mutex_fn = comn_release_mutex;
-        context_.ctxglobals = &globals_;
-        context_.ctxthread = &callbacks_;
-        comn_create_mutex(&globals_.cmg_mtx);
-        is_ready_ = comn_intl_load_globalid(&context_, &globals_.ctxoids) == CS_SUCCEED &&
-                    comn_intl_init(&context_, file_, sizeof file_) == CS_SUCCEED;
-    }
-    ~Application() {
-        drop_records();
-        com_intl_chardesc_drop(&context_);
-        comn_free(globals_.cmg_utf8_ctypeptr);
-        comn_lm_exit(&context_);
-        comn_intl_drop_globalid(&context_, &globals_.ctxoids);
-        comn_delete_mutex(globals_.cmg_mtx);
-    }
-    Application(const Application &) = delete;
-    Application &operator=(const Application &) = delete;
+    Application() : is_ready_(localization_.start()) {}
 
     CsLocCache *load(const std::string &name) {
-        CS_VOID *cache = nullptr;
+        CsLocCache *cache = nullptr;
         if (is_ready_)
-            comn_intl_load(&context_, const_cast<CS_CHAR *>(name.data()), static_cast<CS_INT>(name.size()), &cache,
-                           file_, sizeof file_);
-        return static_cast<CsLocCache *>(cache);
+            localization_.load_locale(name, &cache);
+        return cache;
     }
     // Drops what the load of one locale has made, and leaves the UTF-8 set.
     void drop() {
-        drop_records();
-        while (globals_.cmg_chardesc != globals_.cmg_utf8_charset) {
-            auto *const set = static_cast<CsCharDesc *>(globals_.cmg_chardesc);
-            globals_.cmg_chardesc = set->charnext;
+        CS_CONTEXT *const context = owner_.context();
+        CsCtxGlobals &globals = *context->ctxglobals;
+        com_intl_loccache_drop(context);
+        comn_intl_message_drop(context);
+        comn_intl_dt_drop(context);
+        comn_intl_mon_drop(context);
+        comn_intl_num_drop(context);
+        while (globals.cmg_chardesc != globals.cmg_utf8_charset) {
+            auto *const set = static_cast<CsCharDesc *>(globals.cmg_chardesc);
+            globals.cmg_chardesc = set->charnext;
             comn__chardesc_drop(set);
         }
     }
 
 private:
-    void drop_records() {
-        com_intl_loccache_drop(&context_);
-        comn_intl_message_drop(&context_);
-        comn_intl_dt_drop(&context_);
-        comn_intl_mon_drop(&context_);
-        comn_intl_num_drop(&context_);
-    }
-
-    CsCtxGlobals globals_ = {};
-    CS_THREAD callbacks_ = {};
-    CS_CONTEXT context_ = {};
-    CS_CHAR file_[1025];
-    bool is_ready_ = false;
+    client::Owner owner_;
+    client::Localization localization_{owner_.context()};
+    const bool is_ready_;
 };
 
 bool is_german(const CsLocCache *cache) {

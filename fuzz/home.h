@@ -14,7 +14,7 @@ namespace fuzz {
 
 class Home {
 public:
-    // The file lies in memory; only a link to it stands in the directory.
+    // In force from now on. The file lies in memory; only a link to it stands in the directory.
     explicit Home(const std::string &name) : file_(memfd_create("content", MFD_CLOEXEC)) {
         char pattern[] = "/tmp/dlxcomn_fuzz_XXXXXX";
         FUZZ_CHECK(file_ >= 0 && mkdtemp(pattern) != nullptr);
@@ -22,7 +22,7 @@ public:
         const std::filesystem::path link = path_ + "/" + name;
         std::filesystem::create_directories(link.parent_path());
         std::filesystem::create_symlink("/proc/self/fd/" + std::to_string(file_), link);
-        setenv("DALVEX", path_.c_str(), 1);
+        enter();
         unsetenv("DALVEX_NCS");
     }
     ~Home() {
@@ -32,6 +32,13 @@ public:
     }
     Home(const Home &) = delete;
     Home &operator=(const Home &) = delete;
+
+    // In force again, where there is another one.
+    void enter() const { setenv("DALVEX", path_.c_str(), 1); }
+    // Takes a file or directory over from elsewhere.
+    void link(const std::filesystem::path &to, const std::string &name) const {
+        std::filesystem::create_symlink(to, path_ + "/" + name);
+    }
 
     void put(const std::string &content) {
         FUZZ_CHECK(ftruncate(file_, 0) == 0);
