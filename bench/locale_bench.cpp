@@ -1,6 +1,6 @@
 // Locales from files: German with its traditional character set, against the C library and ICU. The C library's locales
-// are separate files, made by the build; the home is that of the build tree. Peers hold nothing when a first load begins,
-// and it ends when all is dropped again.
+// are separate files, made by the build; the home is that of the build tree. Peers hold nothing when a first load
+// begins, and it ends when all is dropped again.
 #include "contest.h"
 #include "localization.h"
 #include "owner.h"

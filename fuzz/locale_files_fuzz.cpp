@@ -1,6 +1,6 @@
-// The two files that make a locale, of any content: what a name stands for, and the date conventions of a language. A load
-// ends in a locale that is whole or in none, a name asked for twice is loaded once, and what a locale names goes into any
-// room and never past it. The rest of the home is the one that ships.
+// The two files that make a locale, of any content: what a name stands for, and the date conventions of a language. A
+// load ends in a locale that is whole or in none, a name asked for twice is loaded once, and what a locale names goes
+// into any room and never past it. The rest of the home is the one that ships.
 #include "home.h"
 #include "localization.h"
 #include "owner.h"

@@ -53,12 +53,14 @@ DLXCOMN_API CS_RETCODE comn__get_unilib_cid(CS_BYTE csid, UNICONV_CID *cid);
  *
  * Sets that are the same are copied, and what does not fit is cut without a word. Otherwise a function of the
  * application's converts, or text of ASCII alone is copied, or the tables do; CS_ETRUNCATED then tells of a cut, made
- * at a whole character. A character without a partner becomes "?", or "??" where it was two bytes or wider and the
- * destination has such characters. CS_FAIL for a set without tables, CS_MEM_ERROR.
+ * at a whole character, behind which the room is zeros that are counted, or of a source that ends inside a character. A
+ * character without a partner becomes "?", or "??" where it was two bytes or wider and the destination has such
+ * characters. Text ends at a NUL. CS_FAIL for a set without tables and for a source that is cut towards UTF-8, or
+ * behind less than two characters; CS_MEM_ERROR. What the room holds after these two is not told.
  *
- * A CS_VARCHAR is only whole in copies, ASCII and functions of the application. Through the tables a destination of that
- * type loses its first two bytes of text to its length; towards UTF-8 both ends are taken as they lie, the source's length
- * in front included.
+ * A CS_VARCHAR is only whole in copies, ASCII and functions of the application. Through the tables a destination of
+ * that type loses its first two bytes of text to its length; towards UTF-8 both ends are taken as they lie, the
+ * source's length in front included.
  */
 DLXCOMN_API CS_RETCODE comn_charset_convert(CS_CONTEXT *context, CS_INT type, CS_DATAFMT *srcfmt, CS_VOID *src,
                                             CS_DATAFMT *destfmt, CS_VOID *dest, CS_INT *resultlen);
@@ -109,8 +111,8 @@ static_assert(offsetof(CsUserAlgo, to_charname) == 260 && offsetof(CsUserAlgo, f
 enum { CS_USERCONV_GET = 33, CS_USERCONV_SET = 34, CS_USERCONV_CLEAR = 35 };
 /*
  * Get, set or clear the conversion of a pair of sets. CS_EBADCSNAME for an unknown name. A get of none is a null *func;
- * func must be given. A set replaces; a null multiplier is 1. Clearing the conversion that was set last takes all others
- * off the list with it.
+ * func must be given. A set replaces; a null multiplier is 1. Clearing the conversion that was set last takes all
+ * others off the list with it.
  */
 DLXCOMN_API CS_RETCODE comn_set_user_charset_convert(CS_CONTEXT *context, CS_INT action, CS_CHAR *srccharset,
                                                      CS_INT srccharset_len, CS_CHAR *destcharset,
@@ -264,8 +266,8 @@ DLXCOMN_API int com__fou_caseswap(CS_BYTE *src, int slen, CS_BYTE *dest, int dle
 
 /*
  * Japanese text, where a character keeps its count of bytes. A character that does not fit is left, and counted neither
- * as read nor as written. Of a three-byte character of eucjis (0x8F) the source is changed: its second byte grows by 2 and
- * is read again as the next character.
+ * as read nor as written. Of a three-byte character of eucjis (0x8F) the source is changed: its second byte grows by 2
+ * and is read again as the next character.
  */
 DLXCOMN_API int com__fou_deckanji_to_ascii8(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused);
 DLXCOMN_API int com__fou_deckanji_to_eucjis(CS_BYTE *src, int slen, CS_BYTE *dest, int dlen, int *sused, int *dused);

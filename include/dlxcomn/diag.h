@@ -95,8 +95,8 @@ DLXCOMN_API int comn_debug_print(const char *fmtstr, ...) __attribute__((format(
 /*
  * The same for a caller that holds an argument list: ap is the address of its va_list, which is moved
  * on. Knows only the conversions c, d, x, X (32 bits), ld, lx (64 bits), l (takes 64 bits and prints
- * nothing), s and %%; one of them with its flags, width and precision may take 78 bytes behind the "%". Anything else, up to and including the next of
- * these letters, prints a line that says so and takes no argument. Always CS_SUCCEED.
+ * nothing), s and %%; one of them with its flags, width and precision may take 78 bytes behind the "%". Anything else,
+ * up to and including the next of these letters, prints a line that says so and takes no argument. Always CS_SUCCEED.
  */
 DLXCOMN_API CS_RETCODE comn_debug_vprint(const CS_CHAR *fmtstr, CS_VOID *ap);
 

@@ -141,8 +141,8 @@ DLXCOMN_API int com__ps_dl_sqlhilo(SO_1CLASS *so, char *str1, int len1, char *st
 /* The leftmost difference of tertiary weights, up to where the shorter text ends. */
 DLXCOMN_API int com__spec_tord(SO_1CLASS *so, char *str1, int len1, char *str2, int len2);
 /*
- * Resolve a chain for the byte in front of *raw_cur: *lsc receives its weights, *hold those of the second character that
- * it stands for, or 0. Steps *raw_cur over the second byte of a pair; a null raw_end sets no end.
+ * Resolve a chain for the byte in front of *raw_cur: *lsc receives its weights, *hold those of the second character
+ * that it stands for, or 0. Steps *raw_cur over the second byte of a pair; a null raw_end sets no end.
  */
 DLXCOMN_API void com__smel_lsc(SMEL *smels, int smel_1st, char **raw_cur, char *raw_end, LSC *lsc, LSC *hold);
 /* The order by byte: -1, 0 or 1. Of texts that agree the shorter one is first. */

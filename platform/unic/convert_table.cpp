@@ -284,8 +284,8 @@ int encode_shifted(const CharacterSet &set, const Substitutes &substitutes, char
     return end_bytes(ending, begin, out, room, count);
 }
 
-// Whether the code of a character, or the one of a pair with it, is longer than a byte. What a text of the set holds for
-// bytes that are no code is not a character of it, even where there is a code for the sign.
+// Whether the code of a character, or the one of a pair with it, is longer than a byte. What a text of the set holds
+// for bytes that are no code is not a character of it, even where there is a code for the sign.
 template <typename Width>
 bool is_wide_code(const CharacterSet &set, char32_t character) {
     const Table &table = set.table;

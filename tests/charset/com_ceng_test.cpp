@@ -472,6 +472,17 @@ TEST_F(Engine, ASourceThatEndsInsideItsFirstOrSecondCharacterFails) {
     expect_text(convert("utf8", "\xF0\x9F\x98\x80\xC3", "gb18030", 8), CS_ETRUNCATED, "\x94\x39\xFC\x36");
 }
 
+TEST_F(Engine, HalfAUnitAtTheEndOfUtf16IsACut) {
+    const std::string text("\xB4\x01x\0\xE9\0", 6); // a letter that iso_1 lacks, and two that it has
+    expect_text(convert("utf16", text, "iso_1", 8), CS_SUCCEED, "?x\xE9");
+    for (const char half : {'\0', 'y', '\xFF'})
+        expect_text(convert("utf16", text + half, "iso_1", 8), CS_ETRUNCATED, "?x\xE9");
+    EXPECT_EQ(convert("utf16", text + 'y', "utf8", 16).status, CS_FAIL);
+    EXPECT_EQ(convert("utf16", text.substr(0, 2) + 'y', "iso_1", 8).status, CS_FAIL) << "one unit in front";
+    EXPECT_EQ(convert("utf16", "\xE9", "iso_1", 8).status, CS_FAIL);
+    const std::string ended = text + std::string(2, '\0');
+    expect_text(convert("utf16", ended + 'y', "iso_1", 8), CS_SUCCEED, "?x\xE9"); // the text ends in front of it
+}
 TEST_F(Engine, ASourceThatEndsInsideACharacterFailsTowardsUtf8) {
     for (const std::string text : {"\xA4\xA2\xA4\xA4\xA4", "abc\xA4"}) {
         const Result result = convert("eucjis", text, "utf8", 32);

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 namespace dlx {
 namespace {
@@ -23,6 +24,7 @@ namespace {
 constexpr int SUBSTITUTE = '?';
 constexpr int WIDE_SUBSTITUTE = 0x3F3F; // two of them
 constexpr CS_INT LONGEST_UTF8 = 0x3FFFFFFE;
+constexpr CS_INT LONGEST_RESULT = std::numeric_limits<CS_INT>::max() - 1;
 constexpr int UTF8_BYTES_OF_UNIT = 3;
 constexpr int PATH_SIZE = 1024;
 constexpr UNICONV_CID ASCII_CID = 0;
@@ -57,8 +59,8 @@ private:
 
 std::size_t with_terminator(CS_INT length) { return static_cast<std::size_t>(length) + 1; }
 
-// A copy of the source with zeros behind it: the Unicode library reads its texts up to a NUL, and UTF-16 up to a unit of
-// zero, which half a unit may precede.
+// A copy of the source with zeros behind it: the Unicode library reads its texts up to a NUL, and UTF-16 and the
+// compression scheme up to two in the place of a unit.
 class TerminatedCopy {
 public:
     TerminatedCopy(const CS_BYTE *source, CS_INT length) : buffer_(static_cast<std::size_t>(length) + ZEROS) {
@@ -219,6 +221,34 @@ int in_one_step(OneStep step, UNICONV_CID set, const CS_BYTE *source, CS_INT len
 
 // ---- Through 16-bit text ----
 
+// A source that becomes 16-bit text.
+class WideText {
+public:
+    WideText(const CS_BYTE *source, CS_INT length, UNICONV_CID set)
+        : half_unit_(set == UNICONV_UTF16 ? length % 2 : 0), length_(length - half_unit_), copy_(source, length_),
+          text_(with_terminator(length_)) {}
+
+    // The Unicode library counts room in ints, the terminator included.
+    bool is_there() const {
+        return copy_.is_there() && text_.is_there() && length_ < std::numeric_limits<CS_INT>::max();
+    }
+
+    // What the Unicode library answers. Half a unit behind text that goes up to it is a cut character.
+    int decode(CVTH handle) {
+        const int status = uniconv_unistrFromS(handle, text_.data(), length_ + 1, copy_.text(), &units_);
+        return is_done(status) && half_unit_ != 0 && units_ == length_ / 2 ? UNI_TRUNCATED : status;
+    }
+    const UNICHAR *units() { return text_.data(); }
+    CS_INT count() const { return units_; }
+
+private:
+    CS_INT half_unit_; // bytes
+    CS_INT length_;
+    TerminatedCopy copy_;
+    Buffer<UNICHAR> text_;
+    int units_ = 0;
+};
+
 // What came out, and how.
 struct Converted {
     CS_RETCODE status;
@@ -227,9 +257,11 @@ struct Converted {
 
 constexpr Converted FAILED = {CS_FAIL, 0};
 
-// The bytes that `units` of 16-bit text become at the most, or as many of them as there is room for.
+// The bytes that `units` of 16-bit text become at the most, or as many of them as there is room for. A terminator
+// follows.
 CS_INT most_bytes(CS_INT units, int factor, CS_INT room) {
-    return static_cast<CS_INT>(std::min<CS_BIGINT>(static_cast<CS_BIGINT>(factor) * units, room));
+    const CS_BIGINT most = std::min<CS_BIGINT>(static_cast<CS_BIGINT>(factor) * units, LONGEST_RESULT);
+    return static_cast<CS_INT>(std::min<CS_BIGINT>(most, room));
 }
 
 // 16-bit text to `room` bytes of the handle's set, in a buffer with one more. A cut result fills the room: zeros stand
@@ -249,21 +281,19 @@ CS_RETCODE convert_by_tables(UNICONV_CID from, UNICONV_CID to, const SourceText 
         return CS_FAIL;
     to_handle.set_substitutes(from);
 
-    TerminatedCopy copy(source.data, source.length);
-    Buffer<UNICHAR> text(with_terminator(source.length));
-    if (!copy.is_there() || !text.is_there())
+    WideText text(source.data, source.length, from);
+    if (!text.is_there())
         return CS_MEM_ERROR;
-    int units = 0;
-    const int decoded = uniconv_unistrFromS(from_handle.get(), text.data(), source.length + 1, copy.text(), &units);
-    const bool is_source_cut = decoded == UNI_TRUNCATED && units > 1;
+    const int decoded = text.decode(from_handle.get());
+    const bool is_source_cut = decoded == UNI_TRUNCATED && text.count() > 1;
     int factor;
     if ((!is_done(decoded) && !is_source_cut) || uniconv_GetExpansionFactor(to_handle.get(), &factor) != UNI_OK)
         return CS_FAIL;
-    const CS_INT needed = most_bytes(units, factor, destination.room);
+    const CS_INT needed = most_bytes(text.count(), factor, destination.room);
     Buffer<char> bytes(with_terminator(needed));
     if (!bytes.is_there())
         return CS_MEM_ERROR;
-    Converted converted = to_set(to_handle.get(), text.data(), bytes.data(), needed);
+    Converted converted = to_set(to_handle.get(), text.units(), bytes.data(), needed);
     if (converted.status == CS_SUCCEED && is_source_cut)
         converted.status = CS_ETRUNCATED;
     std::memcpy(destination.value, bytes.data(), static_cast<std::size_t>(converted.bytes));
@@ -272,8 +302,8 @@ CS_RETCODE convert_by_tables(UNICONV_CID from, UNICONV_CID to, const SourceText 
     return converted.status;
 }
 
-// From one set to another that is not UTF-8. The text goes to the value itself, not behind its length: a CS_VARCHAR then
-// has its length over its first two bytes of text. Callers have settled for that.
+// From one set to another that is not UTF-8. The text goes to the value itself, not behind its length: a CS_VARCHAR
+// then has its length over its first two bytes of text. Callers have settled for that.
 CS_RETCODE convert_sets(const CsLocCache &from, const CsLocCache &to, const SourceText &source,
                         const DestinationText &destination, CS_INT *resultlen) {
     *resultlen = 0;
@@ -304,18 +334,17 @@ CS_RETCODE convert_to_utf8(const CsLocCache &from, const CS_BYTE *source, CS_INT
         if (!handle.open(cid))
             return COM_TRACE(CS_FAIL);
     }
-    TerminatedCopy copy(source, length);
-    Buffer<UNICHAR> text(with_terminator(length));
-    if (!copy.is_there() || !text.is_there())
+    WideText text(source, length, cid);
+    if (!text.is_there())
         return COM_TRACE(CS_MEM_ERROR);
-    int count = 0;
-    if (!is_done(uniconv_unistrFromS(handle.get(), text.data(), length + 1, copy.text(), &count)))
+    if (!is_done(text.decode(handle.get())))
         return COM_TRACE(CS_FAIL);
-    const CS_INT needed = most_bytes(count, UTF8_BYTES_OF_UNIT, room);
+    const CS_INT needed = most_bytes(text.count(), UTF8_BYTES_OF_UNIT, room);
     Buffer<char> bytes(with_terminator(needed));
     if (!bytes.is_there())
         return COM_TRACE(CS_MEM_ERROR);
-    const int written = uniutf8_unistrToUTF8(bytes.data(), needed + 1, text.data(), &count);
+    int count = 0;
+    const int written = uniutf8_unistrToUTF8(bytes.data(), needed + 1, text.units(), &count);
     const bool is_cut_short = written == UNI_UTF8_NOROOM; // and filled with zeros, as above
     if (written < 0 && !is_cut_short)
         return COM_TRACE(CS_FAIL);

@@ -137,9 +137,9 @@ DLXINTL_API int intl_datetime(INTL_LOCFILE *ifile, intl_dateinfo *dateinfo);
 
 /*
  * Fill a template: "%1!" to "%9!" are the parameters, "%%" is a percent sign, anything else stands. `format` lists the
- * parameters, "%s" for a text (null counts as empty) and "%d" for an int, separated by blanks. Answers the length of the
- * text in buffer, which is terminated; INTL_EBADTEMPLATE for a placeholder without a parameter, a list that is none, or
- * a text that does not fit. flags is 0.
+ * parameters, "%s" for a text (null counts as empty) and "%d" for an int, separated by blanks. Answers the length of
+ * the text in buffer, which is terminated; INTL_EBADTEMPLATE for a placeholder without a parameter, a list that is
+ * none, or a text that does not fit. flags is 0.
  */
 DLXINTL_API int intl_strbuild(int flags, char *buffer, int length, const char *message_template, const char *format,
                               ...);

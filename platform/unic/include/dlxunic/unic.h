@@ -8,9 +8,9 @@
  *
  * 16-bit text is in machine order and NUL-terminated, as is every text here: its length is not told. Counts that come
  * back include the terminator of bytes, and leave out that of 16-bit units. Bytes of UTF-16 (in machine order, at any
- * address) and of the compression scheme hold the byte 0 inside, and end where two stand in the place of a unit: a source
- * in these sets has three zero bytes behind it, whatever its length. Results of theirs have one, and a second where there
- * is room for it; only the first is counted.
+ * address) and of the compression scheme hold the byte 0 inside, and end where two stand in the place of a unit: a
+ * source in these sets has three zero bytes behind it, whatever its length. Results of theirs have one, and a second
+ * where there is room for it; only the first is counted.
  */
 #ifndef DLXUNIC_UNIC_H
 #define DLXUNIC_UNIC_H
@@ -52,9 +52,9 @@ typedef struct i18nuni_request {
 DLXUNIC_API void i18nuni_RequestSetDefaults(I18NUNI_REQUEST *request);
 
 /*
- * *handle = a handle of a set. UNI_OK, or a failure with *handle null; a failure is not remembered. The second form takes
- * the directory of the tables as a path, if it is the one that first opens the set; selector is 0. A path with a U+FFFD
- * has lost characters on its way here and stands for the directory of the home in force.
+ * *handle = a handle of a set. UNI_OK, or a failure with *handle null; a failure is not remembered. The second form
+ * takes the directory of the tables as a path, if it is the one that first opens the set; selector is 0. A path with a
+ * U+FFFD has lost characters on its way here and stands for the directory of the home in force.
  */
 DLXUNIC_API int uniconv_HandleGet(UNICONV_CID cid, CVTH *handle);
 DLXUNIC_API int uniconv_HandleGetU(UNICONV_CID cid, const I18NUNI_REQUEST *request, const UNICHAR *path, int selector,
@@ -66,40 +66,42 @@ DLXUNIC_API void uniconv_HandleFree(CVTH handle);
  * What uniconv_unistrToS writes for a character without a partner: the first code towards sets of single bytes, the
  * second, of two bytes, towards sets with wider characters where the character is not an ASCII or half-width one.
  * Half-width are the characters of one column: the alphabets, their punctuation, and half-width katakana. The codes are
- * those of the set. The first is "?" and the second "??" from the start. UNI_OK, or UNI_BADTEXT for a code out of range.
+ * those of the set. The first is "?" and the second "??" from the start. UNI_OK, or UNI_BADTEXT for a code out of
+ * range.
  */
 DLXUNIC_API int uniconv_SetSubstituteChar(CVTH handle, int code);
 DLXUNIC_API int uniconv_SetDBCSSubstituteChar(CVTH handle, int code);
 /*
- * Tells which set the text came from. From then on the second code stands for a character that took two bytes or more in
- * that set, and the first for one that took one byte or stands for a fault of the text; columns play no part any more.
- * In UTF-8 every character but ASCII is wide, a fault included, in UTF-16 every one, in the compression scheme every one
- * from U+0100. Towards sets of single bytes it is always the first, also where they write some characters as two codes.
- * The handle may be told another set later. UNI_OK, or the failure of the set, which leaves the handle as it was.
+ * Tells which set the text came from. From then on the second code stands for a character that took two bytes or more
+ * in that set, and the first for one that took one byte or stands for a fault of the text; columns play no part any
+ * more. In UTF-8 every character but ASCII is wide, a fault included, in UTF-16 every one, in the compression scheme
+ * every one from U+0100. Towards sets of single bytes it is always the first, also where they write some characters as
+ * two codes. The handle may be told another set later. UNI_OK, or the failure of the set, which leaves the handle as it
+ * was.
  */
 DLXUNIC_API int uniconv_SetSource(CVTH handle, UNICONV_CID source);
 
 /*
  * Text of the handle's set to 16-bit text in a buffer of `size` units, and back to bytes in a buffer of `size` bytes.
- * Both terminate what they write, for which the size must be at least 1: below, they answer UNI_NOROOM and write nothing.
- * Bytes that are no character of the set become U+FFFD, with UNI_SUBSTITUTED. Where the bytes do not fit, the buffer
- * holds zeros behind the characters that do, so that all of it may be kept.
+ * Both terminate what they write, for which the size must be at least 1: below, they answer UNI_NOROOM and write
+ * nothing. Bytes that are no character of the set become U+FFFD, with UNI_SUBSTITUTED. Where the bytes do not fit, the
+ * buffer holds zeros behind the characters that do, so that all of it may be kept.
  */
 DLXUNIC_API int uniconv_unistrFromS(CVTH handle, UNICHAR *buffer, int size, const char *source, int *count);
 DLXUNIC_API int uniconv_unistrToS(CVTH handle, char *buffer, int size, const UNICHAR *source, int *count);
 
 /*
- * 16-bit text to UTF-8 and back. They answer what they wrote without the terminator, in *count too; UNI_UTF8_NOROOM where
- * text and terminator do not fit, with the whole characters that do, terminated, and with zeros behind them as above;
- * another negative number for a source that is no text, behind what stands in front of the fault: UNI_TRUNCATED where it
- * ends inside a character, UNI_BADTEXT otherwise.
+ * 16-bit text to UTF-8 and back. They answer what they wrote without the terminator, in *count too; UNI_UTF8_NOROOM
+ * where text and terminator do not fit, with the whole characters that do, terminated, and with zeros behind them as
+ * above; another negative number for a source that is no text, behind what stands in front of the fault: UNI_TRUNCATED
+ * where it ends inside a character, UNI_BADTEXT otherwise.
  */
 DLXUNIC_API int uniutf8_unistrToUTF8(char *buffer, int size, const UNICHAR *source, int *count);
 DLXUNIC_API int uniutf8_unistrFromUTF8(UNICHAR *buffer, int size, const char *source, int *count);
 
 /*
- * Text of a set to UTF-8 and back in one pass, without a handle. The source ends behind `length` bytes or in front of its
- * first NUL, whichever comes first; it and the buffer do not overlap. *count bytes are written, and no terminator.
+ * Text of a set to UTF-8 and back in one pass, without a handle. The source ends behind `length` bytes or in front of
+ * its first NUL, whichever comes first; it and the buffer do not overlap. *count bytes are written, and no terminator.
  * UNI_OK or UNI_SUBSTITUTED if the whole text came over: byte for byte what the functions above make of it by handles
  * with "?" and "??" as substitutes, the one towards the set told of UTF-8 as the source; malformed UTF-8 is no failure.
  * Any other answer says only that nothing was written behind the buffer, of which the content is then lost: the text or
