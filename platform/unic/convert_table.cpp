@@ -232,7 +232,7 @@ int encode_codes(const CharacterSet &set, const Substitutes &substitutes, char *
         std::uint32_t code = code_for<Width>(table, p, end, &character, &units);
         const bool missing = code == 0;
         if (missing)
-            code = substitutes.of(character);
+            code = table.has_single_codes() ? substitutes.narrow : substitutes.of(character);
         const int bytes = bytes_of(code);
         if (limit - out < bytes) {
             ending.no_room = true;

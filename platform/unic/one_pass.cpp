@@ -221,7 +221,8 @@ int step_from_utf8(const CharacterSet &set, Cursor *cursor) {
         code = linear_code(table, sequence.character);
     const bool missing = code == 0;
     if (missing)
-        code = sizeof(Width) == 1 || sequence.character < 0x80 ? NARROW_SUBSTITUTE : WIDE_SUBSTITUTE;
+        code = sizeof(Width) == 1 || sequence.character < 0x80 || table.has_single_codes() ? NARROW_SUBSTITUTE
+                                                                                           : WIDE_SUBSTITUTE;
     const int bytes = bytes_of(code);
     if (cursor->room() < static_cast<std::size_t>(bytes))
         return UNI_NOROOM;

@@ -119,6 +119,11 @@ struct Table {
         const std::uint32_t *blocks32;
     };
 
+    // Of a set without TABLE_SINGLE: whether every code is a byte all the same, and only some characters become two of
+    // them, a letter and a mark.
+    bool has_single_codes() const {
+        return header->sections[SECTION_LEAF16].count == 0 && header->sections[SECTION_LEAF32].count == 0;
+    }
     // The code of a character, 0 without a partner; ranges and pairs are looked up elsewhere.
     template <typename Code>
     Code code_of(char32_t character) const {

@@ -1,6 +1,7 @@
 // UTF-8 and UTF-16: every code point, every rule by name, and random valid and damaged text in every room against a
 // second version of each routine.
 #include "support/assertions.h"
+#include "support/cases.h"
 #include "support/naive_utf.h"
 
 #include <gtest/gtest.h>
@@ -220,7 +221,7 @@ int random_room(Random &random, int taken) {
 
 TEST(UtfRoutines, RandomTextInAnyRoomAtAnyPlaceWithAnyPad) {
     Random random(20260102);
-    for (int round = 0; round < 60'000; ++round) {
+    for (int round = 0; round < support::cases(60'000); ++round) {
         const bool validity = random() % 2 == 0;
         const std::size_t offset = random() % 8;
         std::string utf8 = random_utf8(random);

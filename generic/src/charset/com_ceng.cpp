@@ -23,6 +23,7 @@ namespace {
 constexpr int SUBSTITUTE = '?';
 constexpr int WIDE_SUBSTITUTE = 0x3F3F; // two of them
 constexpr CS_INT LONGEST_UTF8 = 0x3FFFFFFE;
+constexpr int UTF8_BYTES_OF_UNIT = 3;
 constexpr int PATH_SIZE = 1024;
 constexpr UNICONV_CID ASCII_CID = 0;
 constexpr int USE_GIVEN_DIRECTORY = 2;
@@ -226,6 +227,11 @@ struct Converted {
 
 constexpr Converted FAILED = {CS_FAIL, 0};
 
+// The bytes that `units` of 16-bit text become at the most, or as many of them as there is room for.
+CS_INT most_bytes(CS_INT units, int factor, CS_INT room) {
+    return static_cast<CS_INT>(std::min<CS_BIGINT>(static_cast<CS_BIGINT>(factor) * units, room));
+}
+
 // 16-bit text to `room` bytes of the handle's set, in a buffer with one more. A cut result fills the room: zeros stand
 // behind its last whole character.
 Converted to_set(CVTH handle, const UNICHAR *text, char *buffer, CS_INT room) {
@@ -245,15 +251,19 @@ CS_RETCODE convert_by_tables(UNICONV_CID from, UNICONV_CID to, const SourceText 
 
     TerminatedCopy copy(source.data, source.length);
     Buffer<UNICHAR> text(with_terminator(source.length));
-    Buffer<char> bytes(with_terminator(destination.room));
-    if (!copy.is_there() || !text.is_there() || !bytes.is_there())
+    if (!copy.is_there() || !text.is_there())
         return CS_MEM_ERROR;
     int units = 0;
     const int decoded = uniconv_unistrFromS(from_handle.get(), text.data(), source.length + 1, copy.text(), &units);
     const bool is_source_cut = decoded == UNI_TRUNCATED && units > 1;
-    if (!is_done(decoded) && !is_source_cut)
+    int factor;
+    if ((!is_done(decoded) && !is_source_cut) || uniconv_GetExpansionFactor(to_handle.get(), &factor) != UNI_OK)
         return CS_FAIL;
-    Converted converted = to_set(to_handle.get(), text.data(), bytes.data(), destination.room);
+    const CS_INT needed = most_bytes(units, factor, destination.room);
+    Buffer<char> bytes(with_terminator(needed));
+    if (!bytes.is_there())
+        return CS_MEM_ERROR;
+    Converted converted = to_set(to_handle.get(), text.data(), bytes.data(), needed);
     if (converted.status == CS_SUCCEED && is_source_cut)
         converted.status = CS_ETRUNCATED;
     std::memcpy(destination.value, bytes.data(), static_cast<std::size_t>(converted.bytes));
@@ -296,17 +306,20 @@ CS_RETCODE convert_to_utf8(const CsLocCache &from, const CS_BYTE *source, CS_INT
     }
     TerminatedCopy copy(source, length);
     Buffer<UNICHAR> text(with_terminator(length));
-    Buffer<char> bytes(with_terminator(room));
-    if (!copy.is_there() || !text.is_there() || !bytes.is_there())
+    if (!copy.is_there() || !text.is_there())
         return COM_TRACE(CS_MEM_ERROR);
     int count = 0;
     if (!is_done(uniconv_unistrFromS(handle.get(), text.data(), length + 1, copy.text(), &count)))
         return COM_TRACE(CS_FAIL);
-    const int written = uniutf8_unistrToUTF8(bytes.data(), room + 1, text.data(), &count);
+    const CS_INT needed = most_bytes(count, UTF8_BYTES_OF_UNIT, room);
+    Buffer<char> bytes(with_terminator(needed));
+    if (!bytes.is_there())
+        return COM_TRACE(CS_MEM_ERROR);
+    const int written = uniutf8_unistrToUTF8(bytes.data(), needed + 1, text.data(), &count);
     const bool is_cut_short = written == UNI_UTF8_NOROOM; // and filled with zeros, as above
     if (written < 0 && !is_cut_short)
         return COM_TRACE(CS_FAIL);
-    *resultlen = is_cut_short ? room : written;
+    *resultlen = is_cut_short ? needed : written;
     std::memcpy(dest, bytes.data(), static_cast<std::size_t>(*resultlen));
     return is_cut_short ? COM_TRACE(CS_ETRUNCATED) : CS_SUCCEED;
 }
@@ -359,6 +372,7 @@ CS_RETCODE comn__convt_to_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_DATAFM
     COM_REQUIRE_PTR(srcfmt, CS_FAIL);
     COM_REQUIRE_PTR(src_lcache, CS_FAIL);
     COM_REQUIRE_PTR(src_lcache->locchardesc, CS_FAIL);
+    COM_REQUIRE_PTR(src_lcache->locchardesc->char_attrib, CS_FAIL);
     COM_REQUIRE_PTR(src, CS_FAIL);
     COM_REQUIRE_PTR(dest, CS_FAIL);
     COM_REQUIRE_PTR(resultlen, CS_FAIL);
@@ -388,11 +402,12 @@ CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE
     COM_REQUIRE_PTR(destfmt, CS_FAIL);
     COM_REQUIRE_PTR(dest_lcache, CS_FAIL);
     COM_REQUIRE_PTR(dest_lcache->locchardesc, CS_FAIL);
+    COM_REQUIRE_PTR(dest_lcache->locchardesc->char_attrib, CS_FAIL);
     COM_REQUIRE_PTR(dest, CS_FAIL);
     COM_REQUIRE_PTR(resultlen, CS_FAIL);
     COM_REQUIRE(destfmt->maxlength >= 0, CS_FAIL);
     *resultlen = 0;
-    if (srclen < 0 || srclen > LONGEST_UTF8)
+    if (srclen < 0)
         return COM_TRACE(CS_FAIL);
     auto *const to = static_cast<CS_BYTE *>(dest);
     const CS_INT room = destfmt->maxlength;
@@ -406,6 +421,8 @@ CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE
         CS_DATAFMT srcfmt = text_format(srclen);
         return conversion->user_conv_func(context, &srcfmt, src, destfmt, dest, resultlen);
     }
+    if (srclen > LONGEST_UTF8)
+        return COM_TRACE(CS_FAIL);
 
     UNICONV_CID cid = UNICONV_NONE;
     Handle handle;
@@ -428,7 +445,7 @@ CS_RETCODE comn__convt_from_utf8(CS_CONTEXT *context, CS_INT match_mode, CS_BYTE
     int factor;
     if (units < 0 || uniconv_GetExpansionFactor(handle.get(), &factor) != UNI_OK)
         return COM_TRACE(CS_FAIL);
-    const CS_INT needed = static_cast<CS_INT>(std::min<CS_BIGINT>(static_cast<CS_BIGINT>(factor) * units, room));
+    const CS_INT needed = most_bytes(units, factor, room);
     Buffer<char> bytes(with_terminator(needed));
     if (!bytes.is_there())
         return COM_TRACE(CS_MEM_ERROR);
@@ -523,7 +540,8 @@ CS_RETCODE comn_intl_drop_mnemdb(CS_CONTEXT *context) {
     auto *const list = static_cast<LM_HANDLE *>(context->ctxglobals->mnem_db);
     if (list == nullptr)
         return CS_SUCCEED;
-    lm_list_op(list, LM_OP_WALK, nullptr, LM_UNUSED, reinterpret_cast<CS_VOID *>(comn__drop_mnem_string), nullptr);
+    CS_PRINT_FUNC drop = comn__drop_mnem_string;
+    lm_list_op(list, LM_OP_WALK, nullptr, LM_UNUSED, &drop, nullptr);
     const CS_RETCODE status = lm_list_drop(list, LM_FORCE_DROP);
     context->ctxglobals->mnem_db = nullptr;
     return status == CS_SUCCEED ? status : COM_TRACE(status);

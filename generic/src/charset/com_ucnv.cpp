@@ -47,8 +47,8 @@ CS_RETCODE add_conversion(CS_CONTEXT *context, CS_CHAR *from_name, CS_INT from_l
     return CS_SUCCEED;
 }
 
-// With the head the whole list goes: what stands behind it is no longer reachable. Applications clear in the reverse
-// order of their sets, or all at the end.
+// With the head, which was set last, the whole list goes: what stands behind it stays allocated and is no longer
+// reachable. Applications rely on it to end all of their conversions by one call.
 void clear_conversion(CS_CONTEXT *context, CsUserAlgo **link) {
     CsUserAlgo *const conversion = *link;
     *link = link == list_of(context) ? nullptr : conversion->next;

@@ -74,8 +74,8 @@ DLXUNIC_API int uniconv_SetDBCSSubstituteChar(CVTH handle, int code);
  * Tells which set the text came from. From then on the second code stands for a character that took two bytes or more in
  * that set, and the first for one that took one byte or stands for a fault of the text; columns play no part any more.
  * In UTF-8 every character but ASCII is wide, a fault included, in UTF-16 every one, in the compression scheme every one
- * from U+0100. Towards sets of single bytes it is always the first. The handle may be told another set later. UNI_OK, or
- * the failure of the set, which leaves the handle as it was.
+ * from U+0100. Towards sets of single bytes it is always the first, also where they write some characters as two codes.
+ * The handle may be told another set later. UNI_OK, or the failure of the set, which leaves the handle as it was.
  */
 DLXUNIC_API int uniconv_SetSource(CVTH handle, UNICONV_CID source);
 
