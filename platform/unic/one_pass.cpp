@@ -129,23 +129,20 @@ int single_from_utf8(const CharacterSet &set, const std::uint8_t *source, std::s
 
 namespace {
 
-// The sequence of a code that is one character of the basic plane, with the code's length; 0 for what is rarer.
+// The sequence of a code that is one character of a 16-bit leaf, with its length; 0 for any other.
 inline std::uint32_t sequence_of_code(const CharacterSet &set, const Cursor &cursor, std::size_t *length) {
     const Entry *entry = set.table.entries + cursor.p[0];
-    *length = 1;
-    if (entry->kind == ENTRY_CHARACTER)
-        return entry->value < 0x10000 ? PackedSequence::of(entry->value) : 0;
-    while (++*length <= cursor.left()) {
+    *length = 2;
+    for (;;) {
         const unsigned at = static_cast<unsigned>(cursor.p[*length - 1]) - entry->low;
         if (at > static_cast<unsigned>(entry->high) - entry->low)
             return 0;
         if (entry->kind == ENTRY_LEAF16)
             return set.wide->sequences[entry->value + at];
-        if (entry->kind != ENTRY_NODE)
+        if (entry->kind != ENTRY_NODE || cursor.left() < ++*length)
             return 0;
         entry = set.table.entries + entry->value + at;
     }
-    return 0;
 }
 
 // One code to UTF-8, whatever it is.
@@ -179,8 +176,9 @@ int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size
                 copy_ascii(&cursor);
             continue;
         }
+        // Runs of codes of two bytes and more.
         const std::uint8_t *const before = cursor.p;
-        while (cursor.p != cursor.end && cursor.room() >= 4 && (!ascii || *cursor.p >= 0x80)) {
+        while (cursor.left() >= 2 && cursor.room() >= 4) {
             std::size_t taken;
             const std::uint32_t packed = sequence_of_code(set, cursor, &taken);
             if (packed == 0 || (packed & PackedSequence::MISSING) != 0)
@@ -191,6 +189,14 @@ int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size
         }
         if (cursor.p != before)
             continue;
+        const Entry &entry = set.table.entries[*cursor.p];
+        if (entry.kind == ENTRY_CHARACTER && entry.value < REPLACEMENT && cursor.room() >= 4) {
+            const std::uint32_t packed = PackedSequence::of(entry.value);
+            store32(cursor.out, packed);
+            cursor.out += PackedSequence::length(packed);
+            ++cursor.p;
+            continue;
+        }
         const int status = step_to_utf8(set, &cursor);
         if (status != UNI_OK)
             return status;
