@@ -30,6 +30,17 @@ VECTORS inline std::size_t count_of(std::uint64_t bits) { return static_cast<std
 
 VECTORS inline __m512i load(const void *from) { return _mm512_loadu_si512(from); }
 
+// The places of a block, and of each the one in front of it.
+struct Places {
+    alignas(BLOCK) std::uint8_t of[BLOCK];
+
+    constexpr explicit Places(unsigned first) : of() {
+        for (unsigned i = 0; i < BLOCK; ++i)
+            of[i] = static_cast<std::uint8_t>((first + i) % BLOCK);
+    }
+};
+constexpr Places PLACES(0), PREVIOUS(BLOCK - 1);
+
 // The chosen bytes of a block, behind each other.
 VECTORS inline bool put(Cursor *cursor, std::uint64_t chosen, __m512i bytes) {
     const std::size_t count = count_of(chosen);
@@ -155,14 +166,6 @@ __attribute__((noinline)) Step step_over(const CharacterSet &set, std::size_t ta
 VECTORS int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length,
                                  std::uint8_t *buffer, std::size_t size, int *count) {
     const SingleBytes &single = *set.single;
-    alignas(64) static constexpr auto PREVIOUS = [] {
-        struct {
-            std::uint8_t of[64];
-        } made = {};
-        for (unsigned i = 0; i < 64; ++i)
-            made.of[i] = static_cast<std::uint8_t>(i - 1) & 63;
-        return made;
-    }();
     Cursor at = cursor_over(source, length, buffer, size);
     for (;;) {
         const __m512i previous = load(PREVIOUS.of), places = load(single.places), known = load(single.known);
@@ -230,15 +233,7 @@ VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *sou
     constexpr std::size_t LANES = 16;
     const auto step_over =
         set.wide->shorts != nullptr ? dlx::unic::step_over<std::uint16_t> : dlx::unic::step_over<std::uint32_t>;
-    alignas(64) static constexpr auto ORDER = [] {
-        struct {
-            std::uint8_t of[64];
-        } made = {};
-        for (unsigned i = 0; i < 64; ++i)
-            made.of[i] = static_cast<std::uint8_t>(i);
-        return made;
-    }();
-    const __m512i order = load(ORDER.of);
+    const __m512i order = load(PLACES.of);
     const __m512i next_bytes = _mm512_set1_epi32(0x03020100);
     const __m512i first_byte_everywhere = _mm512_set4_epi32(0x0C0C0C0C, 0x08080808, 0x04040404, 0x00000000);
     const __m512i high_byte_first = _mm512_set4_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203);
