@@ -184,8 +184,8 @@ VECTORS int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *so
             }
             // A code for every place that continues a character of two bytes.
             const std::uint64_t leads = block.leads();
-            const std::uint64_t known_leads =
-                _mm512_mask_test_epi8_mask(leads, _mm512_permutexvar_epi8(block.bytes, known), _mm512_set1_epi8(-1));
+            const __m512i is_known = _mm512_permutexvar_epi8(block.bytes, known);
+            const std::uint64_t known_leads = leads & _mm512_test_epi8_mask(is_known, is_known);
             const __m512i place = _mm512_permutexvar_epi8(previous, _mm512_permutexvar_epi8(block.bytes, places));
             const __m512i favourite = _mm512_or_si512(place, _mm512_and_si512(block.bytes, _mm512_set1_epi8(0x3F)));
             const __m512i found = _mm512_mask_mov_epi8(_mm512_permutex2var_epi8(codes[0], favourite, codes[1]),
