@@ -189,6 +189,14 @@ int codes_to_utf8(const CharacterSet &set, const std::uint8_t *source, std::size
         }
         if (cursor.p != before)
             continue;
+        const Entry &entry = set.table.entries[*cursor.p];
+        if (entry.kind == ENTRY_CHARACTER && entry.value < REPLACEMENT && cursor.room() >= 4) {
+            const std::uint32_t packed = PackedSequence::of(entry.value);
+            store32(cursor.out, packed);
+            cursor.out += PackedSequence::length(packed);
+            ++cursor.p;
+            continue;
+        }
         const int status = step_to_utf8(set, &cursor);
         if (status != UNI_OK)
             return status;

@@ -30,6 +30,17 @@ VECTORS inline std::size_t count_of(std::uint64_t bits) { return static_cast<std
 
 VECTORS inline __m512i load(const void *from) { return _mm512_loadu_si512(from); }
 
+// The places of a block, and of each the one in front of it.
+struct Places {
+    alignas(BLOCK) std::uint8_t of[BLOCK];
+
+    constexpr explicit Places(unsigned first) : of() {
+        for (unsigned i = 0; i < BLOCK; ++i)
+            of[i] = static_cast<std::uint8_t>((first + i) % BLOCK);
+    }
+};
+constexpr Places PLACES(0), PREVIOUS(BLOCK - 1);
+
 // The chosen bytes of a block, behind each other.
 VECTORS inline bool put(Cursor *cursor, std::uint64_t chosen, __m512i bytes) {
     const std::size_t count = count_of(chosen);
@@ -63,14 +74,15 @@ VECTORS int single_to_utf8_512(const CharacterSet &set, const std::uint8_t *sour
     while (cursor.p != cursor.end) {
         std::size_t n = std::min(cursor.left(), HALF);
         auto present = static_cast<std::uint32_t>(first_bits(n));
-        const __m256i bytes = _mm256_maskz_loadu_epi8(present, cursor.p);
+        __m256i bytes = _mm256_maskz_loadu_epi8(present, cursor.p);
         const std::uint32_t text = _mm256_test_epi8_mask(bytes, bytes);
         if (text != present) { // a NUL
             n = first_of(~text);
             present = static_cast<std::uint32_t>(first_bits(n));
+            bytes = _mm256_maskz_mov_epi8(present, bytes);
             cursor.end = cursor.p + n;
         }
-        const std::uint32_t upper = _mm256_movepi8_mask(bytes) & present;
+        const std::uint32_t upper = _mm256_movepi8_mask(bytes);
         const __m512i words = _mm512_cvtepu8_epi16(bytes);
         const __m512i twice = _mm512_or_si512(words, _mm512_slli_epi16(words, 8));
         const __m512i firsts = _mm512_permutex2var_epi8(firsts_low, twice, firsts_high);
@@ -79,7 +91,7 @@ VECTORS int single_to_utf8_512(const CharacterSet &set, const std::uint8_t *sour
         const std::uint32_t three = _mm512_mask_cmpge_epu16_mask(upper, _mm512_slli_epi16(firsts, 8),
                                                                  _mm512_set1_epi16(static_cast<short>(0xE000)));
         if (three == 0) {
-            const __m512i sequences = _mm512_mask_mov_epi16(_mm512_maskz_mov_epi16(present, words), upper, both);
+            const __m512i sequences = _mm512_mask_mov_epi16(words, upper, both);
             if (!put(&cursor, _mm512_test_epi8_mask(sequences, sequences), sequences))
                 return UNI_NOROOM;
         } else if (!put_sequences(single, _mm256_castsi256_si128(bytes), present & 0xFFFF, &cursor) ||
@@ -130,17 +142,23 @@ VECTORS inline Cursor cursor_over(const std::uint8_t *source, std::size_t length
     return {source, end, buffer, buffer + size, false};
 }
 
+// Where a step has come to: by value, so that the rounds keep what they are at in registers.
+struct Step {
+    int status;
+    Cursor cursor;
+};
+
 // The character that a round leaves, and some behind it that the next rounds would leave as well: where this round took
 // none, it is in text that they do not suit, and characters that begin from `rare` never do.
 template <typename Width>
-int step_over(const CharacterSet &set, std::size_t taken_before, unsigned rare, Cursor *cursor) {
+__attribute__((noinline)) Step step_over(const CharacterSet &set, std::size_t taken_before, unsigned rare, Cursor at) {
     constexpr int STRETCH = 8;
     int left = taken_before == 0 ? STRETCH : 1;
     int status;
     do
-        status = step_from_utf8<Width>(set, cursor);
-    while (status == UNI_OK && cursor->p != cursor->end && (--left > 0 || *cursor->p >= rare));
-    return status;
+        status = step_from_utf8<Width>(set, &at);
+    while (status == UNI_OK && at.p != at.end && (--left > 0 || *at.p >= rare));
+    return {status, at};
 }
 
 } // namespace
@@ -148,20 +166,11 @@ int step_over(const CharacterSet &set, std::size_t taken_before, unsigned rare, 
 VECTORS int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length,
                                  std::uint8_t *buffer, std::size_t size, int *count) {
     const SingleBytes &single = *set.single;
-    alignas(64) static constexpr auto PREVIOUS = [] {
-        struct {
-            std::uint8_t of[64];
-        } made = {};
-        for (unsigned i = 0; i < 64; ++i)
-            made.of[i] = static_cast<std::uint8_t>(i - 1) & 63;
-        return made;
-    }();
-    Cursor cursor = cursor_over(source, length, buffer, size);
+    Cursor at = cursor_over(source, length, buffer, size);
     for (;;) {
         const __m512i previous = load(PREVIOUS.of), places = load(single.places), known = load(single.known);
         const __m512i codes[] = {load(single.favourites), load(single.favourites + 64), load(single.favourites + 128),
                                  load(single.favourites + 192)};
-        Cursor at = cursor; // of the rounds, which stays in registers
         std::size_t n = 0;
         for (bool is_regular = true; is_regular;) {
             if (at.p == at.end)
@@ -175,15 +184,15 @@ VECTORS int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *so
             }
             // A code for every place that continues a character of two bytes.
             const std::uint64_t leads = block.leads();
-            const std::uint64_t known_leads =
-                _mm512_mask_test_epi8_mask(leads, _mm512_permutexvar_epi8(block.bytes, known), _mm512_set1_epi8(-1));
+            const __m512i is_known = _mm512_permutexvar_epi8(block.bytes, known);
+            const std::uint64_t known_leads = leads & _mm512_test_epi8_mask(is_known, is_known);
             const __m512i place = _mm512_permutexvar_epi8(previous, _mm512_permutexvar_epi8(block.bytes, places));
             const __m512i favourite = _mm512_or_si512(place, _mm512_and_si512(block.bytes, _mm512_set1_epi8(0x3F)));
             const __m512i found = _mm512_mask_mov_epi8(_mm512_permutex2var_epi8(codes[0], favourite, codes[1]),
                                                        _mm512_movepi8_mask(favourite),
                                                        _mm512_permutex2var_epi8(codes[2], favourite, codes[3]));
-            const std::uint64_t whole =
-                _mm512_mask_test_epi8_mask(block.continuations & known_leads << 1, found, found);
+            const std::uint64_t coded = _mm512_mask_test_epi8_mask(block.continuations, found, found);
+            const std::uint64_t whole = coded & known_leads << 1;
             n = block.length;
             std::uint64_t done = block.present;
             if ((block.continuations ^ leads << 1) != 0 || whole != block.continuations || leads >> (BLOCK - 1) != 0) {
@@ -194,14 +203,15 @@ VECTORS int single_from_utf8_512(const CharacterSet &set, const std::uint8_t *so
                 // A character that begins with the last byte of a block may go on behind it.
                 is_regular = n == block.length || n == BLOCK - 1;
             }
-            if (!put(&at, done & ~leads, _mm512_mask_mov_epi8(block.bytes, whole, found)))
+            // Up to there every byte that continues one has its code.
+            if (!put(&at, done & ~leads, _mm512_mask_mov_epi8(block.bytes, block.continuations, found)))
                 return UNI_NOROOM;
             at.p += n;
         }
-        cursor = at;
-        const int status = step_over<std::uint8_t>(set, n, 0xE0, &cursor);
-        if (status != UNI_OK)
-            return status;
+        const Step step = step_over<std::uint8_t>(set, n, 0xE0, at);
+        if (step.status != UNI_OK)
+            return step.status;
+        at = step.cursor;
     }
 }
 
@@ -221,22 +231,14 @@ VECTORS inline __m512i codes_of(const WideCodes &wide, __mmask16 chosen, __m512i
 VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *source, std::size_t length,
                                 std::uint8_t *buffer, std::size_t size, int *count) {
     constexpr std::size_t LANES = 16;
-    const auto step = set.table.header->code_width == 2 ? step_over<std::uint16_t> : step_over<std::uint32_t>;
-    alignas(64) static constexpr auto ORDER = [] {
-        struct {
-            std::uint8_t of[64];
-        } made = {};
-        for (unsigned i = 0; i < 64; ++i)
-            made.of[i] = static_cast<std::uint8_t>(i);
-        return made;
-    }();
-    const __m512i order = load(ORDER.of);
+    const auto step_over =
+        set.wide->shorts != nullptr ? dlx::unic::step_over<std::uint16_t> : dlx::unic::step_over<std::uint32_t>;
+    const __m512i order = load(PLACES.of);
     const __m512i next_bytes = _mm512_set1_epi32(0x03020100);
     const __m512i first_byte_everywhere = _mm512_set4_epi32(0x0C0C0C0C, 0x08080808, 0x04040404, 0x00000000);
     const __m512i high_byte_first = _mm512_set4_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203);
-    Cursor cursor = cursor_over(source, length, buffer, size);
+    Cursor at = cursor_over(source, length, buffer, size);
     for (;;) {
-        Cursor at = cursor; // of the rounds, which stays in registers
         std::size_t n = 0;
         for (bool is_regular = true; is_regular;) {
             if (at.p == at.end)
@@ -289,10 +291,10 @@ VECTORS int codes_from_utf8_512(const CharacterSet &set, const std::uint8_t *sou
             at.p += n;
             is_regular = missing == 0 && (n != shaped || n == block.length || n >= BLOCK - 2);
         }
-        cursor = at;
-        const int status = step(set, n, 0xF0, &cursor);
-        if (status != UNI_OK)
-            return status;
+        const Step step = step_over(set, n, 0xF0, at);
+        if (step.status != UNI_OK)
+            return step.status;
+        at = step.cursor;
     }
 }
 
