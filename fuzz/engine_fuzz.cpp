@@ -31,7 +31,7 @@ struct Set {
 
 struct Sets {
     Sets() {
-        setenv("DALVEX", DLXCOMN_BUILD_DIR "/home", 1);
+        setenv("DALVEX", FUZZ_HOME, 1);
         for (const CSID_CSNAME &row : csid_name)
             if (row.unilib_cid != UNICONV_NONE)
                 all.push_back(std::make_unique<Set>(row));

@@ -131,7 +131,8 @@ private:
     bool pairs_are_sound() const {
         const Pair *pairs = section<Pair>(SECTION_PAIRS);
         for (std::uint32_t i = 0; i < count(SECTION_PAIRS); ++i)
-            if (!is_text_character(pairs[i].first) || !is_text_character(pairs[i].second) || !is_code(pairs[i].code))
+            if (!is_text_character(pairs[i].first) || !is_text_character(pairs[i].second) ||
+                pairs[i].second < header_.second_low || pairs[i].second > header_.second_high || !is_code(pairs[i].code))
                 return false;
         return (count(SECTION_PAIRS) != 0) == (header_.pair_seconds != 0);
     }

@@ -21,6 +21,20 @@ const support::Variable home("DALVEX", DLXCOMN_BUILD_DIR "/home");
 constexpr UNICONV_CID SETS_FOR_MEMORY[] = {1252, 47, 49, 930};
 constexpr UNICONV_CID SETS_FOR_PASSES[] = {1250, 36, 954};
 
+class UnicFailures : public testing::Test {
+protected:
+    // The linker allocates and releases where a function is looked for the first time.
+    static void SetUpTestSuite() {
+        const int file = open("/proc/self/exe", O_RDONLY);
+        struct stat status;
+        ASSERT_EQ(fstat(file, &status), 0);
+        void *const memory = mmap(nullptr, 1, PROT_READ, MAP_PRIVATE, file, 0);
+        ASSERT_NE(memory, MAP_FAILED);
+        munmap(memory, 1);
+        close(file);
+    }
+};
+
 int get_and_free(UNICONV_CID cid) {
     CVTH handle = nullptr;
     const int status = uniconv_HandleGet(cid, &handle);
@@ -30,7 +44,7 @@ int get_and_free(UNICONV_CID cid) {
 }
 
 // Each allocation of a first handle in turn: of the set, of what its passes need and of the handle.
-TEST(UnicFailures, EveryAllocationOfAFirstHandle) {
+TEST_F(UnicFailures, EveryAllocationOfAFirstHandle) {
     for (const UNICONV_CID cid : SETS_FOR_MEMORY) {
         const int allocations = cid == 930 ? 2 : 3;
         for (int n = 1; n <= allocations; ++n) {
@@ -53,7 +67,7 @@ TEST(UnicFailures, EveryAllocationOfAFirstHandle) {
     }
 }
 
-TEST(UnicFailures, EveryAllocationOfAFirstPass) {
+TEST_F(UnicFailures, EveryAllocationOfAFirstPass) {
     for (const UNICONV_CID cid : SETS_FOR_PASSES) {
         char buffer[4];
         int count = -1;
@@ -84,7 +98,7 @@ struct Refusal {
     int status;
 };
 
-TEST(UnicFailures, FilesThatTheSystemRefuses) {
+TEST_F(UnicFailures, FilesThatTheSystemRefuses) {
     for (const Refusal &refusal : {Refusal{"open", 1251, UNI_NOSET}, Refusal{"fstat", 1253, UNI_NOSET},
                                    Refusal{"mmap", 1254, UNI_NOMEMORY}, Refusal{"mmap", 50, UNI_NOMEMORY}}) {
         {
@@ -103,7 +117,7 @@ TEST(UnicFailures, FilesThatTheSystemRefuses) {
     }
 }
 
-TEST(UnicFailures, ASourceThatCannotBeLoadedIsNoSource) {
+TEST_F(UnicFailures, ASourceThatCannotBeLoadedIsNoSource) {
     CVTH handle = nullptr;
     ASSERT_EQ(uniconv_HandleGet(1252, &handle), UNI_OK);
     {

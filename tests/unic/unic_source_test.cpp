@@ -97,7 +97,7 @@ TEST(UnicSource, OfAnUnknownSetLeavesTheHandle) {
 // Calls visit(characters, length) for the codes of a set: all of up to three bytes, and some of four.
 template <typename Visit>
 void each_code(const Handle &set, bool states, const std::string &front, Visit visit) {
-    for (int byte = 1; byte < 256; byte += front.size() < 3 ? 1 : 7) {
+    for (int byte = 1; byte < 256; byte += front.size() < 3 ? 1 : 29) {
         const std::string code = front + static_cast<char>(byte);
         if (states && front.empty() && (byte == 0x0E || byte == 0x0F))
             continue;
