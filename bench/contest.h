@@ -60,6 +60,7 @@ void enter_utf_rows();
 void enter_sort_rows();
 void enter_locale_rows();
 void enter_charset_rows();
+void enter_message_rows();
 
 } // namespace bench
 

@@ -17,6 +17,7 @@ int main(int argc, char **argv) {
     bench::enter_sort_rows();
     bench::enter_locale_rows();
     bench::enter_charset_rows();
+    bench::enter_message_rows();
 
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))

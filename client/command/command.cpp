@@ -1,6 +1,7 @@
 // The dispatch of subcommands, the command line, and the output with its failures.
 #include "command.h"
 
+#include "home.h"
 #include "names.h"
 #include "text.h"
 
@@ -19,20 +20,33 @@ namespace {
 
 constexpr const char *HELP = R"(usage: dlxcomn COMMAND [ARGUMENT...]
 
-Converts values between the forty datatypes, each through the conversion matrix of libdlxcomn_r64.
+Shows what libdlxcomn_r64 does, by calling it as an application does.
 
+Values of the forty datatypes, each through the conversion matrix:
   convert   convert values: dlxcomn convert --to tinyint 300
   types     list the datatypes with their width and layout
   matrix    draw the conversion matrix, or name the function of one pair
-  tour      show what conversions do with values that do not fit
   date      read texts of dates and print their value, parts and styles
+
+Text in the languages and character sets of the data home:
+  locale    what a locale is made of: dlxcomn locale de_DE.UTF-8
+  locales   list the locales
+  charsets  list the character sets
+  recode    a filter from one character set to another: dlxcomn recode latin1 utf8
+  sort      sort lines: dlxcomn sort --charset iso_1 --order dict
+  message   what a message number says: dlxcomn message 0x01040602
+
+  tour      a walk through all of it, a call a line
   paths     print where files lie for this environment, and whether they can be read
+  check     check the files that a context needs to start
 
   --help     this text; dlxcomn COMMAND --help tells about one command
   --version  the version
 
-Exit status: 0 done; 1 a conversion failed, or the output could not be written; 2 what was asked for
-cannot be done.
+The home is the directory that DALVEX names; without it, the one that lies beside the command.
+
+Exit status: 0 done; 1 a conversion or a check failed, a file is missing or wrong, or the output
+could not be written; 2 what was asked for cannot be done.
 )";
 
 struct Subcommand {
@@ -46,7 +60,14 @@ constexpr Subcommand SUBCOMMANDS[] = {
     {"matrix", run_matrix},
     {"tour", run_tour},
     {"date", run_date},
+    {"locale", run_locale},
+    {"locales", run_locales},
+    {"charsets", run_charsets},
+    {"recode", run_recode},
+    {"sort", run_sort},
+    {"message", run_message},
     {"paths", run_paths},
+    {"check", run_check},
 };
 
 const Subcommand *find_subcommand(std::string_view name) {
@@ -114,6 +135,7 @@ std::string no_such_option(const std::string &spelled, const std::vector<Option>
 } // namespace
 
 int run_command(const Arguments &arguments) {
+    adopt_home();
     std::signal(SIGPIPE, SIG_IGN); // a reader that went away is told like any other failure to write
     return finish_output(dispatch(arguments));
 }
@@ -124,10 +146,15 @@ bool print(std::string_view text) {
     return output_error == 0;
 }
 
-int finish_output(int code) {
+bool print_now(std::string_view text) {
+    print(text);
     if (std::fflush(stdout) != 0 && output_error == 0)
         output_error = errno;
-    if (output_error == 0)
+    return output_error == 0;
+}
+
+int finish_output(int code) {
+    if (print_now(""))
         return code;
     complain(std::string("cannot write to standard output: ") + std::strerror(output_error));
     return FAILED;

@@ -1,6 +1,7 @@
 // dlxcomn paths: where the files of the stack lie for this environment.
 #include "command.h"
 
+#include "home.h"
 #include "text.h"
 
 #include <dlxcomn/dlxcomn.h>
@@ -22,7 +23,8 @@ constexpr const char *HELP = R"(usage: dlxcomn paths [--language NAME] [--charse
 
 Prints where each kind of file lies for the environment of this process, and whether it is there and
 can be read: the variables that decide it first, then a file or directory a line. Language,
-character set and sort order are us_english, iso_1 and binary unless told.
+character set and sort order are us_english, iso_1 and binary unless told. Where DALVEX is not set
+the home that lies beside the command is taken, if there is one.
 
 Exit status: 0, whatever is missing; 1 when the home directory is not known or its path is too long.
 )";
@@ -53,7 +55,9 @@ void print_variables() {
     for (const char *name : {"DALVEX", "DALVEX_NCS", "DLXNCS_IFILE", "DLXNCS_TCL_CFG", "DALVEX_TCL_CFG"}) {
         std::string value(static_cast<size_t>(intlgetenv(nullptr, 0, name)), '\0');
         intlgetenv(value.data(), static_cast<int>(value.size()) + 1, name);
-        print(left(name, 16) + (value.empty() ? "not set" : quoted(value)) + "\n");
+        const bool is_adopted = !adopted_home().empty() && value == adopted_home();
+        print(left(name, 16) +
+              (value.empty() ? "not set" : is_adopted ? "not set: the home beside the command" : quoted(value)) + "\n");
     }
 }
 

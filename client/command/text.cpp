@@ -1,8 +1,11 @@
 // Small services on text: how names, lists and bytes are shown.
 #include "text.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <iterator>
+#include <utility>
 
 namespace client {
 namespace {
@@ -44,14 +47,33 @@ std::optional<CS_INT> parse_number(std::string_view text, CS_INT lowest, CS_INT 
     return number;
 }
 
-std::string left(std::string_view text, size_t width) {
-    std::string result(text);
-    result.resize(result.size() < width ? width : result.size(), ' ');
+size_t columns(std::string_view text) {
+    // Characters of two columns: ideographs and their signs, Hangul, full-width forms, pictures.
+    static constexpr std::pair<char32_t, char32_t> WIDE[] = {{0x1100, 0x115F}, {0x2E80, 0xA4CF},   {0xAC00, 0xD7A3},
+                                                             {0xF900, 0xFAFF}, {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},
+                                                             {0xFFE0, 0xFFE6}, {0x1F300, 0x1FAFF}, {0x20000, 0x3FFFD}};
+    size_t result = 0;
+    for (size_t at = 0; at < text.size();) {
+        const auto lead = static_cast<unsigned char>(text[at++]);
+        char32_t character = lead < 0xC0 ? lead : lead < 0xE0 ? lead & 0x1F : lead < 0xF0 ? lead & 0x0F : lead & 0x07;
+        for (; at < text.size() && (text[at] & 0xC0) == 0x80; ++at)
+            character = character << 6 | (text[at] & 0x3F);
+        const auto is_in = [character](const auto &range) {
+            return character >= range.first && character <= range.second;
+        };
+        result += 1 + std::any_of(std::begin(WIDE), std::end(WIDE), is_in);
+    }
     return result;
 }
 
+std::string left(std::string_view text, size_t width) {
+    const size_t taken = columns(text);
+    return std::string(text) + std::string(taken < width ? width - taken : 0, ' ');
+}
+
 std::string right(std::string_view text, size_t width) {
-    return std::string(text.size() < width ? width - text.size() : 0, ' ') + std::string(text);
+    const size_t taken = columns(text);
+    return std::string(taken < width ? width - taken : 0, ' ') + std::string(text);
 }
 
 std::string enumerate(const std::vector<std::string_view> &words, std::string_view last) {

@@ -18,7 +18,10 @@ std::string_view trimmed(std::string_view text);
 // The whole number within a range that the text spells.
 std::optional<CS_INT> parse_number(std::string_view text, CS_INT lowest, CS_INT highest);
 
-// Filled with blanks to a width; longer text stands as it is.
+// The columns that a text of UTF-8 takes on a terminal.
+size_t columns(std::string_view text);
+
+// Filled with blanks to a width in columns; longer text stands as it is.
 std::string left(std::string_view text, size_t width);
 std::string right(std::string_view text, size_t width);
 

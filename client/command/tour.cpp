@@ -1,9 +1,11 @@
-// dlxcomn tour: what conversions and arithmetic do with values that do not fit. Each line is a call.
+// dlxcomn tour: what conversions and arithmetic do with values that do not fit. Each line is a call. Its chapters on
+// text in the languages of the data home are in tour_of_home.cpp.
 #include "command.h"
 
 #include "conversion.h"
 #include "owner.h"
 #include "text.h"
+#include "tour.h"
 
 #include <cstring>
 
@@ -13,7 +15,8 @@ namespace {
 constexpr const char *HELP = R"(usage: dlxcomn tour
 
 Shows, a call a line, what the library does with values that do not fit: saturation, rounding,
-truncation, and the status that tells of each.
+truncation, and the status that tells of each. Then what it does in the languages and character sets
+of the data home.
 )";
 
 // The format of a destination as far as a step asks for one.
@@ -121,18 +124,7 @@ std::vector<Section> sections() {
     };
 }
 
-// ---- The columns ----
-
-constexpr size_t WHAT_WIDTH = 38;
-constexpr size_t RESULT_WIDTH = 22;
-constexpr size_t STATUS_WIDTH = 13;
-
-void print_line(const std::string &what, const std::string &result, CS_RETCODE status, std::string_view remark) {
-    std::string line = "  " + left(what, WHAT_WIDTH) + " " + left(result, RESULT_WIDTH) + " " +
-                       left(status_name(status), STATUS_WIDTH) + " " + std::string(remark);
-    line.erase(line.find_last_not_of(' ') + 1);
-    print(line + "\n");
-}
+// ---- Calls ----
 
 std::string destination_name(const Step &step) {
     const Datatype &type = datatype(step.to);
@@ -161,7 +153,7 @@ void show_conversion(CS_CONTEXT *context, const Step &step) {
     format.format = step.wanted.format;
     format.maxlength = to.width(step.wanted.room);
     const Result result = convert(context, *function, *value, format);
-    print_line(what, result_text(context, to, result), result.status, step.remark);
+    print_step(what, result_text(context, to, result), result.status, step.remark);
 }
 
 // The operation on two values of one type, with the result's bytes.
@@ -210,10 +202,18 @@ void show_arithmetic(CS_CONTEXT *context, const Step &step) {
     const bool is_money = step.type == CS_MONEY_TYPE;
     const Result result = is_money ? calculate(MONEY_OPERATIONS, step.operation, *first, *second)
                                    : calculate(NUMERIC_OPERATIONS, step.operation, *first, *second);
-    print_line(what, result_text(context, type, result), result.status, step.remark);
+    print_step(what, result_text(context, type, result), result.status, step.remark);
 }
 
 } // namespace
+
+void print_step(std::string_view what, std::string_view result, CS_RETCODE status, std::string_view remark) {
+    constexpr size_t WHAT_WIDTH = 38, RESULT_WIDTH = 22, STATUS_WIDTH = 13;
+    std::string line = "  " + left(what, WHAT_WIDTH) + " " + left(result, RESULT_WIDTH) + " " +
+                       left(status_name(status), STATUS_WIDTH) + " " + std::string(remark);
+    line.erase(line.find_last_not_of(' ') + 1);
+    print(line + "\n");
+}
 
 int run_tour(const Arguments &arguments) {
     std::vector<Option> options;
@@ -240,7 +240,7 @@ int run_tour(const Arguments &arguments) {
         for (const Step &step : section.steps)
             step.operation != 0 ? show_arithmetic(context, step) : show_conversion(context, step);
     }
-    return DONE;
+    return tour_of_home();
 }
 
 } // namespace client

@@ -30,6 +30,8 @@ struct Reader {
     char block[BLOCK_BYTES];
 };
 
+thread_local int closed_line = 0;
+
 Reader *reader_of(const INTL_LOCFILE *ifile) { return static_cast<Reader *>(ifile->file); }
 
 bool is_blank(char c) { return c == ' ' || c == '\t'; }
@@ -308,11 +310,14 @@ int intl_close(INTL_LOCFILE *ifile) {
     if (reader == nullptr)
         return INTL_OK;
     const int status = reader->failure == INTL_EREAD ? INTL_EREAD : INTL_OK;
+    closed_line = ifile->linenum;
     close(reader->fd);
     comn_free(reader);
     ifile->file = nullptr;
     return status;
 }
+
+int intl_closedline(void) { return closed_line; }
 
 char *intl_nextsection(INTL_LOCFILE *ifile, int *status) {
     Reader *reader = reader_of(ifile);

@@ -325,6 +325,21 @@ TEST(Text, IsQuotedForAnyTerminal) {
     EXPECT_EQ(quoted(std::string_view("a\0\n\x7F\xE9 b", 7)), "\"a\\0\\x0a\\x7f\\xe9 b\"");
 }
 
+TEST(Text, TakesColumns) {
+    using client::columns;
+    EXPECT_EQ(columns(""), 0u);
+    EXPECT_EQ(columns("abc"), 3u);
+    EXPECT_EQ(columns("Grüße"), 5u);
+    EXPECT_EQ(columns("日本"), 4u);
+    EXPECT_EQ(columns("한국ﾃ"), 5u);
+    EXPECT_EQ(columns("🐍"), 2u);
+    EXPECT_EQ(columns("𝄞"), 1u);
+    EXPECT_EQ(columns("\xE6"), 1u);
+    EXPECT_EQ(client::left("日本", 5), "日本 ");
+    EXPECT_EQ(client::left("日本", 3), "日本");
+    EXPECT_EQ(client::right("ü", 3), "  ü");
+}
+
 TEST(Text, IsEnumerated) {
     EXPECT_EQ(client::enumerate({}, "or"), "");
     EXPECT_EQ(client::enumerate({"a"}, "or"), "a");

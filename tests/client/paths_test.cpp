@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -127,11 +128,39 @@ TEST_F(Paths, NamesThatDoNotFitAreTold) {
 
 TEST_F(Paths, UnknownHomeFailsBehindTheVariables) {
     home_.put({});
-    const ProcessOutcome outcome = paths();
+    // Beside a command that lies elsewhere there is no home.
+    std::filesystem::create_directory(directory_.path_of("bin"));
+    std::filesystem::copy_file(DLXCOMN_COMMAND, directory_.path_of("bin/dlxcomn"));
+    const ProcessOutcome outcome = support::run_process({directory_.path_of("bin/dlxcomn"), "paths"});
     EXPECT_EQ(outcome.exit_code, 1);
     EXPECT_THAT(outcome.output, StartsWith("DALVEX          not set\n"));
     EXPECT_THAT(outcome.output, Not(HasSubstr("locales")));
     EXPECT_THAT(outcome.errors, StartsWith("dlxcomn: the home directory is not known"));
+}
+
+TEST_F(Paths, HomeBesideTheCommandIsTold) {
+    const char *const lines = "DALVEX          not set: the home beside the command\n";
+    for (const std::optional<std::string> &value : {std::optional<std::string>(), std::optional<std::string>("")}) {
+        home_.put(value);
+        const ProcessOutcome outcome = paths();
+        EXPECT_EQ(outcome.exit_code, 0);
+        EXPECT_THAT(outcome.output, StartsWith(lines));
+        EXPECT_LINE(outcome, "home", "readable", DLXCOMN_BUILD_DIR "/home");
+        EXPECT_LINE(outcome, "Unicode tables", "readable", DLXCOMN_BUILD_DIR "/home/charsets/unicode");
+    }
+    // An installed command has it in another place.
+    std::filesystem::create_directories(directory_.path_of("bin"));
+    std::filesystem::copy_file(DLXCOMN_COMMAND, directory_.path_of("bin/dlxcomn"));
+    add("share/dlxcomn/home/config/objectid.dat");
+    const ProcessOutcome installed = support::run_process({directory_.path_of("bin/dlxcomn"), "paths"});
+    EXPECT_EQ(installed.exit_code, 0);
+    EXPECT_THAT(installed.output, StartsWith(lines));
+    EXPECT_LINE(installed, "identifiers", "readable",
+                std::filesystem::canonical(directory_.path()).string() + "/share/dlxcomn/home/config/objectid.dat");
+    // A directory that is named so and is none.
+    std::filesystem::create_directory(directory_.path_of("home"));
+    EXPECT_THAT(support::run_process({directory_.path_of("bin/dlxcomn"), "paths"}).output,
+                HasSubstr("/share/dlxcomn/home\n"));
 }
 
 TEST_F(Paths, HomeThatIsTooLongFailsAndDoesNotAbort) {

@@ -57,6 +57,14 @@ for directory in config locales charsets; do
     diff -r "$build_dir/home/$directory" "$prefix/share/dlxcomn/home/$directory" || fail "the data home is another one"
 done
 
+# The installed command takes the home that lies beside it, with a table for every set.
+for subcommand in check charsets; do
+    env -u DALVEX -u LC_ALL -u LANG "$prefix/bin/dlxcomn" "$subcommand" >"$scratch/$subcommand.log" ||
+        fail "the installed home is not whole: $(cat "$scratch/$subcommand.log")"
+done
+grep -q "^home $(realpath "$prefix")/share/dlxcomn/home$" "$scratch/check.log" ||
+    fail "the home beside the command is not taken"
+
 # The same tree as a Debian package lays it out: one directory deeper.
 "$cmake" -S "$source_dir" -B "$scratch/debian" -DCMAKE_INSTALL_PREFIX=/usr -DDLXCOMN_TESTS=OFF \
     -DCMAKE_INSTALL_LIBDIR=lib/x86_64-linux-gnu -DCMAKE_C_COMPILER="$compiler" >"$scratch/debian.log"

@@ -125,6 +125,30 @@ TEST(IntlOpen, OfAMissingFileLeavesNothingToClose) {
     EXPECT_EQ(intl_open("", &file), INTL_ECANTOPEN);
 }
 
+TEST(IntlClose, LeavesTheLineWhereTheReaderStood) {
+    const support::TempDirectory directory;
+    const std::string path = directory.path_of("file.loc");
+    support::write_file(path, "; comment\n[one]\nkey = value\nno entry\n[two]\n");
+    {
+        Reader reader(path.c_str());
+        EXPECT_EQ(reader.section(), text("one"));
+    }
+    EXPECT_EQ(intl_closedline(), 2);
+    {
+        Reader reader(path.c_str());
+        reader.section();
+        reader.entry();
+        EXPECT_EQ(reader.entry(), failure(INTL_ENOEQUALS));
+        EXPECT_EQ(intl_closedline(), 2) << "a reader that is open tells nothing";
+    }
+    EXPECT_EQ(intl_closedline(), 4);
+    std::thread([] { EXPECT_EQ(intl_closedline(), 0) << "each thread has its own"; }).join();
+    INTL_LOCFILE absent;
+    EXPECT_EQ(intl_open(directory.path_of("absent").c_str(), &absent), INTL_ECANTOPEN);
+    intl_close(&absent);
+    EXPECT_EQ(intl_closedline(), 4);
+}
+
 TEST(IntlOpen, OfADirectorySucceedsAndReadingFailsInItsFirstLine) {
     const support::TempDirectory directory;
     Reader reader(directory.path().c_str());

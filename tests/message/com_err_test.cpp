@@ -1,11 +1,15 @@
-// The cache of message texts: dropping a file of it.
+// The cache of message texts: dropping a file of it, its escapes, and how a message gets into it.
 #include "support/assertions.h"
 #include "support/failing_allocator.h"
+#include "support/messages.h"
+#include "support/naive_catalog.h"
 #include "support/null_calls.h"
+#include "support/temp_home.h"
 
 #include <dlxintl/intl.h>
 
 #include <cstring>
+#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
@@ -13,7 +17,10 @@
 namespace {
 
 using support::FailingAllocator;
+using support::MessageContext;
+using support::MessageLanguage;
 using support::NullCalls;
+using support::ReturningAssertions;
 
 template <class Record>
 Record *make() {
@@ -170,6 +177,345 @@ TEST_F(MessageCacheDeathTest, NeedsItsOperands) {
     NULL_CALLS(calls, com__errfile_cache_drop, 0, &message_, file);
     calls.expect_reports("com_err");
     calls.expect_answers([] {}, [&] { EXPECT_STREQ(file->errfilename, "comnlib.loc"); });
+}
+
+// ---- Escapes ------------------------------------------------------------------------------------------------------
+
+std::string filtered(std::string text) {
+    com__err_filterescape(text.data());
+    return text.c_str();
+}
+
+TEST(MessageEscapes, NameSixCharacters) {
+    EXPECT_EQ(filtered(R"(\")"), "\"");
+    EXPECT_EQ(filtered(R"(\b)"), "\b");
+    EXPECT_EQ(filtered(R"(\f)"), "\f");
+    EXPECT_EQ(filtered(R"(\n)"), "\n");
+    EXPECT_EQ(filtered(R"(\r)"), "\r");
+    EXPECT_EQ(filtered(R"(\t)"), "\t");
+    EXPECT_EQ(filtered(R"(say \"a\nb\" \t.)"), "say \"a\nb\" \t.");
+}
+
+TEST(MessageEscapes, OddityAnyOtherCharacterBehindABackslashIsLost) {
+    EXPECT_EQ(filtered(R"(\\)"), "\\");
+    EXPECT_EQ(filtered(R"(\q)"), "\\");
+    EXPECT_EQ(filtered(R"(a\qb\%c)"), "a\\b\\c");
+    EXPECT_EQ(filtered(R"(\\n)"), "\\n") << "the second backslash begins nothing";
+    EXPECT_EQ(filtered(R"(\N\B)"), "\\\\");
+}
+
+TEST(MessageEscapes, BackslashAtTheEndStaysAndNothingBehindIsTouched) {
+    EXPECT_EQ(filtered("\\"), "\\");
+    EXPECT_EQ(filtered(R"(a\\\)"), "a\\\\");
+    CS_CHAR text[] = "a\\\0n";
+    com__err_filterescape(text);
+    EXPECT_EQ(std::memcmp(text, "a\\\0n", 5), 0);
+}
+
+TEST(MessageEscapes, OtherTextStands) {
+    EXPECT_EQ(filtered(""), "");
+    EXPECT_EQ(filtered("n\xC3\xA4h\"er 100%"), "n\xC3\xA4h\"er 100%");
+}
+
+TEST(MessageEscapes, RandomTextsAgreeWithTheNaiveFilterAndDoNotGrow) {
+    std::mt19937_64 random(7);
+    for (int i = 0; i < 50000; ++i) {
+        std::string text;
+        for (auto length = random() % 12; length > 0; --length)
+            text += "\\\\\\nqtb\"x"[random() % 9];
+        const std::string result = filtered(text);
+        ASSERT_EQ(result, support::naive::without_escapes(text)) << text;
+        ASSERT_LE(result.size(), text.size());
+    }
+}
+
+TEST(MessageEscapesDeathTest, NeedAText) {
+    EXPECT_NULL_REPORT(com__err_filterescape(nullptr), "com_err");
+    const ReturningAssertions returning;
+    com__err_filterescape(nullptr);
+    EXPECT_EQ(returning.count(), 1);
+}
+
+// ---- Into the cache -----------------------------------------------------------------------------------------------
+
+// What a conversion of the application was asked for, and what it is to answer.
+struct Conversion {
+    std::vector<CS_INT> rooms;
+    std::vector<CS_RETCODE> answers; // of one call after the other, then CS_SUCCEED
+    std::string output;              // for CS_SUCCEED and a warning; a cut one writes what fits
+} *conversion = nullptr;
+
+CS_RETCODE convert(CS_CONTEXT * /*context*/, CS_DATAFMT *srcfmt, CS_VOID * /*src*/, CS_DATAFMT *destfmt, CS_VOID *dest,
+                   CS_INT *destlen) {
+    EXPECT_EQ(srcfmt->datatype, CS_CHAR_TYPE);
+    EXPECT_EQ(destfmt->datatype, CS_CHAR_TYPE);
+    const std::size_t call = conversion->rooms.size();
+    conversion->rooms.push_back(destfmt->maxlength);
+    const CS_RETCODE answer = call < conversion->answers.size() ? conversion->answers[call] : CS_SUCCEED;
+    const auto room = static_cast<std::size_t>(destfmt->maxlength);
+    const std::string written = conversion->output.substr(0, room);
+    std::memcpy(dest, written.data(), written.size());
+    *destlen = static_cast<CS_INT>(written.size());
+    return answer;
+}
+
+class CacheUpdate : public testing::Test {
+protected:
+    CacheUpdate() {
+        section_.errtag = 4;
+        algorithm_.from_oid = language_.utf8_oid();
+        algorithm_.to_oid = language_.other_oid();
+        algorithm_.user_conv_func = convert;
+        conversion = &conversion_;
+    }
+    ~CacheUpdate() override {
+        while (section_.errcache != nullptr)
+            take_out();
+        conversion = nullptr;
+    }
+    void use_conversion(std::vector<CS_RETCODE> answers, std::string output = "") {
+        language_.use_other_set();
+        context_.get()->usercharconv = &algorithm_;
+        conversion_ = {{}, std::move(answers), std::move(output)};
+        conversion_.rooms.reserve(4); // so that a test that counts allocations has the library's alone
+    }
+    CS_RETCODE update(CS_INT number, std::string code, std::string text) {
+        return com__update_cache(context_.get(), &language_.record(), &section_, code.data(), number, text.data());
+    }
+    const CsErrorCache &newest() { return *language_.record().locerrhist; }
+    // Frees the newest message of the section.
+    void take_out() {
+        CsErrorCache *const error = section_.errcache;
+        section_.errcache = error->next;
+        CsErrorCache **link = &language_.record().locerrhist;
+        while (*link != error)
+            link = &(*link)->histnext;
+        *link = error->histnext;
+        --language_.record().locerrcnt;
+        comn_free(error->errmsg);
+        comn_free(error);
+    }
+
+    MessageLanguage language_;
+    MessageContext context_{language_};
+    CsErrSecCache section_ = {};
+    CsUserAlgo algorithm_ = {};
+    Conversion conversion_;
+};
+
+TEST_F(CacheUpdate, PutsTheMessageInFrontOfBothChains) {
+    ASSERT_EQ(update(7, "01004", "first"), CS_SUCCEED);
+    const CsErrorCache *const first = &newest();
+    ASSERT_EQ(update(8, "22003", "second"), CS_SUCCEED);
+    EXPECT_EQ(language_.record().locerrcnt, 2);
+    EXPECT_EQ(section_.errcache, &newest());
+    EXPECT_EQ(newest().histnext, first);
+    EXPECT_EQ(newest().next, first);
+    EXPECT_EQ(newest().errseccache, &section_);
+    EXPECT_EQ(newest().errnum, 8);
+    EXPECT_STREQ(newest().errcode, "22003");
+    EXPECT_STREQ(newest().errmsg, "second");
+    EXPECT_EQ(first->histnext, nullptr);
+    EXPECT_EQ(first->next, nullptr);
+    EXPECT_EQ(com__scan_cache(&section_, 7), first);
+    EXPECT_EQ(com__scan_cache(&section_, 8), &newest());
+    EXPECT_EQ(com__scan_cache(&section_, 9), nullptr);
+}
+
+TEST_F(CacheUpdate, CodeIsCutAndTextIsNot) {
+    ASSERT_EQ(update(1, "1234567890", std::string(5000, 'x')), CS_SUCCEED);
+    EXPECT_STREQ(newest().errcode, "1234567");
+    EXPECT_EQ(newest().errmsg, std::string(5000, 'x'));
+}
+
+TEST_F(CacheUpdate, EmptyTextAndCodeStayEmptyAndAreNotConverted) {
+    use_conversion({CS_FAIL, CS_FAIL});
+    ASSERT_EQ(update(1, "", ""), CS_SUCCEED);
+    EXPECT_STREQ(newest().errmsg, "");
+    EXPECT_STREQ(newest().errcode, "");
+    EXPECT_EQ(conversion_.rooms, std::vector<CS_INT>());
+}
+
+TEST_F(CacheUpdate, TextOfUtf8StaysAsItIs) {
+    ASSERT_EQ(update(1, "01004", "n\xC3\xA4her \xE2\x82\xAC \xFF"), CS_SUCCEED);
+    EXPECT_STREQ(newest().errmsg, "n\xC3\xA4her \xE2\x82\xAC \xFF");
+}
+
+TEST_F(CacheUpdate, TextComesInTheSetOfTheMessages) {
+    const support::TempHome home;
+    home.make_directory("charsets");
+    std::filesystem::create_symlink(DLXCOMN_BUILD_DIR "/home/charsets/unicode", home.path_of("charsets/unicode"));
+    language_.use_other_set();
+    ASSERT_EQ(update(1, "01004", "n\xC3\xA4her"), CS_SUCCEED);
+    EXPECT_STREQ(newest().errmsg, "n\xE4her");
+    EXPECT_STREQ(newest().errcode, "01004");
+    ASSERT_EQ(update(2, "01004", "\xE6\xBC\xA2 100%"), CS_SUCCEED);
+    EXPECT_STREQ(newest().errmsg, "? 100%") << "it has no such character";
+    ASSERT_EQ(update(3, "\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4", "x"), CS_SUCCEED);
+    EXPECT_STREQ(newest().errcode, "\xE4\xE4\xE4\xE4") << "a code is converted as well";
+    EXPECT_EQ(update(4, "01004", "\xFF"), CS_FAIL) << "not UTF-8";
+    EXPECT_EQ(language_.record().locerrcnt, 3);
+}
+
+TEST_F(CacheUpdate, TextThatGrowsIsTriedOnceMoreInThreeTimesTheRoom) {
+    use_conversion({CS_ETRUNCATED, CS_SUCCEED}, "AABBCCDDEEFF");
+    ASSERT_EQ(update(1, "c", "abcd"), CS_SUCCEED);
+    EXPECT_STREQ(newest().errmsg, "AABBCCDDEEFF");
+    EXPECT_EQ(conversion_.rooms, (std::vector<CS_INT>{4, 12, 7}));
+}
+
+TEST_F(CacheUpdate, TextThatGrowsMoreIsLost) {
+    use_conversion({CS_ETRUNCATED, CS_ETRUNCATED}, "AABBCCDDEEFF");
+    const FailingAllocator allocator;
+    EXPECT_EQ(update(1, "c", "abcd"), CS_ETRUNCATED);
+    EXPECT_EQ(allocator.held(), 0);
+    EXPECT_EQ(conversion_.rooms, (std::vector<CS_INT>{4, 12}));
+    EXPECT_EQ(language_.record().locerrhist, nullptr);
+    EXPECT_EQ(language_.record().locerrcnt, 0);
+}
+
+TEST_F(CacheUpdate, WarningsAreAccepted) {
+    use_conversion({CS_ECONVWARN, CS_ECONVWARN}, "AB");
+    ASSERT_EQ(update(1, "c", "abcd"), CS_SUCCEED);
+    EXPECT_STREQ(newest().errmsg, "AB");
+    EXPECT_STREQ(newest().errcode, "AB");
+    use_conversion({CS_ETRUNCATED, CS_ECONVWARN, CS_ETRUNCATED}, "ABCDEFGHIJ");
+    ASSERT_EQ(update(2, "c", "abcd"), CS_SUCCEED);
+    EXPECT_STREQ(newest().errmsg, "ABCDEFGHIJ");
+    EXPECT_STREQ(newest().errcode, "ABCDEFG") << "a code that does not fit is cut";
+}
+
+TEST_F(CacheUpdate, OtherStatusesAreToldAndTheMessageIsLost) {
+    for (const CS_RETCODE status : std::vector<CS_RETCODE>{CS_FAIL, CS_MEM_ERROR, CS_EUNMAPPED, -12345}) {
+        using Answers = std::vector<CS_RETCODE>;
+        for (const Answers &answers : {Answers{status}, Answers{CS_ETRUNCATED, status}, Answers{CS_SUCCEED, status}}) {
+            use_conversion(answers, "AB");
+            const FailingAllocator allocator;
+            EXPECT_EQ(update(1, "c", "abcd"), status);
+            EXPECT_EQ(allocator.held(), 0);
+            EXPECT_EQ(language_.record().locerrhist, nullptr);
+            EXPECT_EQ(section_.errcache, nullptr);
+            EXPECT_EQ(language_.record().locerrcnt, 0);
+        }
+    }
+}
+
+TEST_F(CacheUpdate, HundredAndFirstTakesTheOldestOut) {
+    for (CS_INT number = 1; number <= 130; ++number) {
+        ASSERT_EQ(update(number, "c", "text"), CS_SUCCEED);
+        ASSERT_EQ(language_.record().locerrcnt, std::min(number, 100));
+        ASSERT_EQ(com__scan_cache(&section_, number - 100), nullptr);
+        ASSERT_NE(com__scan_cache(&section_, std::max(number - 99, 1)), nullptr);
+    }
+}
+
+using CacheUpdateDeathTest = CacheUpdate;
+
+TEST_F(CacheUpdateDeathTest, ChainsMustHoldTogether) {
+    for (CS_INT number = 1; number <= 100; ++number)
+        ASSERT_EQ(update(number, "c", "text"), CS_SUCCEED);
+    CsErrorCache *oldest = language_.record().locerrhist;
+    while (oldest->histnext != nullptr)
+        oldest = oldest->histnext;
+    CsErrSecCache other = {};
+
+    oldest->errseccache = &other; // on whose chain it is not
+    EXPECT_BOMB(update(101, "c", "text"), "com_err");
+    {
+        const ReturningAssertions returning;
+        EXPECT_EQ(update(101, "c", "text"), CS_FAIL);
+        EXPECT_EQ(returning.count(), 1);
+    }
+    oldest->errseccache = nullptr;
+    EXPECT_NULL_REPORT(update(101, "c", "text"), "com_err");
+    {
+        const ReturningAssertions returning;
+        EXPECT_EQ(update(101, "c", "text"), CS_FAIL);
+        EXPECT_EQ(returning.count(), 1);
+    }
+    oldest->errseccache = &section_;
+    CsErrorCache *const history = language_.record().locerrhist;
+    language_.record().locerrhist = nullptr;
+    EXPECT_NULL_REPORT(update(101, "c", "text"), "com_err");
+    {
+        const ReturningAssertions returning;
+        EXPECT_EQ(update(101, "c", "text"), CS_FAIL);
+        EXPECT_EQ(returning.count(), 1);
+    }
+    language_.record().locerrhist = history;
+    EXPECT_EQ(language_.record().locerrcnt, 100);
+    EXPECT_EQ(update(101, "c", "text"), CS_SUCCEED);
+}
+
+TEST_F(CacheUpdateDeathTest, NeedsItsOperands) {
+    CS_CONTEXT bare = {};
+    CS_CHAR code[] = "01004", text[] = "text";
+    CS_MESSAGE *const record = &language_.record();
+    MessageLanguage nowhere;
+    nowhere.globals().cmg_chardesc = nullptr;
+    NullCalls calls;
+    const auto call = [&](CS_CONTEXT *context, CS_MESSAGE *message, CsErrSecCache *section) -> long {
+        return com__update_cache(context, message, section, code, 1, text);
+    };
+    calls.add_each("com__update_cache", call, CS_FAIL, context_.get(), record, &section_);
+    const auto texts = [&](CS_CHAR *one, CS_CHAR *other) -> long {
+        return com__update_cache(context_.get(), record, &section_, one, 1, other);
+    };
+    calls.add_each("com__update_cache, texts", texts, CS_FAIL, code, text);
+    calls.add(
+        "globals", [&] { return call(&bare, record, &section_); }, CS_FAIL);
+    calls.add(
+        "character set",
+        [&] {
+            bare.ctxglobals = &nowhere.globals();
+            const long answer = call(&bare, record, &section_);
+            bare.ctxglobals = nullptr;
+            return answer;
+        },
+        CS_FAIL);
+    calls.add(
+        "com__scan_cache", [] { return com__scan_cache(nullptr, 1) != nullptr; }, 0);
+    calls.expect_reports("com_err");
+    calls.expect_answers([] {},
+                         [&] {
+                             EXPECT_EQ(record->locerrhist, nullptr);
+                             EXPECT_EQ(record->locerrcnt, 0);
+                         });
+}
+
+TEST_F(CacheUpdateDeathTest, LoadsNeedTheirOperands) {
+    INTL_LOCFILE file = {};
+    CsErrFileCache filecache = {};
+    CS_MESSAGE *const record = &language_.record();
+    auto *const sections = const_cast<CS_ERRSECTION *>(Comlocsections);
+    auto *const errs = const_cast<CS_ERRIDX *>(Comdeferrs);
+    NullCalls calls;
+    calls.add_each(
+        "com__err_load_sections",
+        [&](CS_CONTEXT *context, CS_MESSAGE *message, INTL_LOCFILE *ifile) -> long {
+            return com__err_load_sections(context, message, ifile, sections, 4, nullptr, 0, &filecache);
+        },
+        CS_FAIL, context_.get(), record, &file);
+    calls.add_each(
+        "com__err_load_sections",
+        [&](CS_ERRSECTION *wanted, CsErrFileCache *to) -> long {
+            return com__err_load_sections(context_.get(), record, &file, wanted, 4, nullptr, 0, to);
+        },
+        CS_FAIL, sections, &filecache);
+    calls.add_each(
+        "com__err_load_errors",
+        [&](CS_CONTEXT *context, CS_MESSAGE *message, INTL_LOCFILE *ifile) -> long {
+            return com__err_load_errors(context, message, ifile, errs, 4, &section_);
+        },
+        CS_FAIL, context_.get(), record, &file);
+    calls.add_each(
+        "com__err_load_errors",
+        [&](CS_ERRIDX *wanted, CsErrSecCache *to) -> long {
+            return com__err_load_errors(context_.get(), record, &file, wanted, 4, to);
+        },
+        CS_FAIL, errs, &section_);
+    calls.expect_reports("com_err");
+    calls.expect_answers([] {}, [&] { EXPECT_EQ(filecache.errsecs, nullptr); });
 }
 
 } // namespace

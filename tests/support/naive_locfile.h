@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -22,6 +23,7 @@ public:
     };
 
     explicit NaiveLocfile(const std::string &content) {
+        std::vector<std::string> lines;
         std::string line;
         for (std::size_t i = 0; i < content.size(); ++i) {
             if (content[i] != '\n')
@@ -29,10 +31,11 @@ public:
             if (content[i] == '\n' || i + 1 == content.size()) {
                 if (!line.empty() && line.back() == '\r')
                     line.pop_back();
-                lines_.push_back(line);
+                lines.push_back(line);
                 line.clear();
             }
         }
+        lines_ = std::make_shared<const std::vector<std::string>>(std::move(lines));
     }
 
     Answer next_section() {
@@ -123,8 +126,8 @@ private:
             put_back_ = false;
             return true;
         }
-        while (static_cast<std::size_t>(linenum_) < lines_.size()) {
-            const std::string &line = lines_[static_cast<std::size_t>(linenum_++)];
+        while (static_cast<std::size_t>(linenum_) < lines_->size()) {
+            const std::string &line = (*lines_)[static_cast<std::size_t>(linenum_++)];
             if (line.size() > 1023) {
                 failure_ = INTL_ELINETOOLONG;
                 return false;
@@ -138,7 +141,7 @@ private:
 
     // The trimmed line has lost a blank that a backslash kept: values are cut out of the line as it stands.
     std::vector<Value> all_values() const {
-        const std::string &line = lines_[static_cast<std::size_t>(linenum_ - 1)];
+        const std::string &line = (*lines_)[static_cast<std::size_t>(linenum_ - 1)];
         const std::string text = line.substr(line.find('=') + 1);
         std::vector<Value> values;
         if (trimmed(text).empty())
@@ -194,7 +197,7 @@ private:
         return value;
     }
 
-    std::vector<std::string> lines_;
+    std::shared_ptr<const std::vector<std::string>> lines_; // of all copies of a reader
     int linenum_ = 0;
     std::string text_; // the present line, trimmed
     bool put_back_ = false;

@@ -1,15 +1,20 @@
 // The catalog of messages: texts from the files of a language, a bounded number of them kept.
+//
+// A cached message is on two chains: that of its section, by which it is found, and the history of all messages of its
+// record, newest first, by which the oldest is found that makes room. Files are read from their beginning for each
+// message that is not cached: messages are rare, and most programs see few of them.
 
 #include "charset/locvalue.h"
 #include "diag/check.h"
+#include "message/lock.h"
 
 #include <dlxcomn/charconv.h>
 #include <dlxcomn/message.h>
-#include <dlxcomn/thread.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 namespace dlx {
 namespace {
@@ -21,54 +26,30 @@ constexpr std::size_t CODE_SIZE = 8;  // of an SQLSTATE with its NUL
 constexpr CS_INT TEXT_SELECTOR = 2;
 constexpr CS_INT CODE_SELECTOR = 1;
 
-CS_RETCODE traced(CS_RETCODE status) { return status == CS_SUCCEED ? status : COM_TRACE(status); }
-
 CS_CHAR *copy_of(const CS_CHAR *text) {
     const std::size_t size = std::strlen(text) + 1;
     auto *const copy = static_cast<CS_CHAR *>(std::malloc(size));
     return copy != nullptr ? static_cast<CS_CHAR *>(std::memcpy(copy, text, size)) : nullptr;
 }
 
-// Holds the mutex of a record.
-class MessageLock {
-public:
-    explicit MessageLock(const CS_MESSAGE &message)
-        : mutex_(message.msgmtx), is_held_(comn_take_mutex(mutex_) == CS_SUCCEED) {}
-    ~MessageLock() {
-        if (is_held_)
-            comn_release_mutex(mutex_);
-    }
-    MessageLock(const MessageLock &) = delete;
-    MessageLock &operator=(const MessageLock &) = delete;
-    bool is_held() const { return is_held_; }
-
-private:
-    CS_THRDRES *mutex_;
-    bool is_held_;
-};
-
 // ---- The history ----
 
-// Takes a message out of the history. False where it was not in it.
-bool leave_history(CS_MESSAGE &message, const CsErrorCache *error) {
-    CsErrorCache **link = &message.locerrhist;
+// Takes a message off a chain. False where it is not on it.
+bool take_off(CsErrorCache **link, CsErrorCache *CsErrorCache::*next, const CsErrorCache *error) {
     while (*link != nullptr && *link != error)
-        link = &(*link)->histnext;
+        link = &((*link)->*next);
     if (*link == nullptr)
         return false;
-    *link = error->histnext;
-    --message.locerrcnt;
+    *link = error->*next;
     return true;
 }
 
-bool leave_section(const CsErrorCache *error) {
-    CsErrorCache **link = &error->errseccache->errcache;
-    while (*link != nullptr && *link != error)
-        link = &(*link)->next;
-    if (*link == nullptr)
-        return false;
-    *link = error->next;
-    return true;
+bool leave_section(CsErrorCache *error) { return take_off(&error->errseccache->errcache, &CsErrorCache::next, error); }
+
+bool leave_history(CS_MESSAGE &message, CsErrorCache *error) {
+    const bool was_there = take_off(&message.locerrhist, &CsErrorCache::histnext, error);
+    message.locerrcnt -= was_there ? 1 : 0;
+    return was_there;
 }
 
 void free_error(CsErrorCache *error) {
@@ -76,15 +57,18 @@ void free_error(CsErrorCache *error) {
     std::free(error);
 }
 
-// First in, first out: what was asked for lately counts for nothing.
-void drop_oldest(CS_MESSAGE &message) {
+// First in, first out: what was asked for lately counts for nothing. False, after a report, where the chains are
+// broken.
+bool drop_oldest(CS_MESSAGE &message) {
     CsErrorCache *oldest = message.locerrhist;
-    COM_REQUIRE_PTR(oldest);
+    COM_REQUIRE_PTR(oldest, false);
     while (oldest->histnext != nullptr)
         oldest = oldest->histnext;
-    COM_REQUIRE(leave_history(message, oldest));
-    COM_REQUIRE(leave_section(oldest));
+    COM_REQUIRE_PTR(oldest->errseccache, false);
+    COM_REQUIRE(leave_section(oldest), false);
+    COM_REQUIRE(leave_history(message, oldest), false);
     free_error(oldest);
+    return true;
 }
 
 void drop_section(CS_MESSAGE &message, CsErrSecCache *section) {
@@ -114,6 +98,7 @@ CsErrSecCache *find_section_cache(const CsErrFileCache &file, CS_INT tag) {
     return section;
 }
 
+// Null without memory.
 CsErrFileCache *new_file(const CS_CHAR *name) {
     auto *const file = static_cast<CsErrFileCache *>(std::calloc(1, sizeof(CsErrFileCache)));
     if (file == nullptr)
@@ -126,7 +111,7 @@ CsErrFileCache *new_file(const CS_CHAR *name) {
     return file;
 }
 
-// Finds the section of a tag, or makes it at the front.
+// The section of a tag, made at the front if it is new; null without memory.
 CsErrSecCache *section_for(CsErrFileCache &file, const CS_ERRSECTION &wanted) {
     if (CsErrSecCache *known = find_section_cache(file, wanted.errtag))
         return known;
@@ -144,7 +129,7 @@ CsErrSecCache *section_for(CsErrFileCache &file, const CS_ERRSECTION &wanted) {
     return section;
 }
 
-// The catalog's locale, with the record of its messages; null after a report.
+// The language of a catalog, with the record of its messages; null after a report.
 const CsLocCache *cache_of(const CS_ERRHAN &errhan) {
     COM_REQUIRE_PTR(errhan.err_file, nullptr);
     COM_REQUIRE_PTR(errhan.err_locale, nullptr);
@@ -185,22 +170,20 @@ private:
     std::size_t length_ = 0;
 };
 
-CS_RETCODE missing_value(CS_CONTEXT *context, int reader) { return ended(context, reader); }
-
 // Reads the values of the present entry into the cache.
 CS_RETCODE load_entry(CS_CONTEXT *context, CS_MESSAGE *message, INTL_LOCFILE *ifile, CsErrSecCache *section,
                       CS_INT number) {
     int reader = 0;
     const CS_CHAR *const first = intl_nextvalue(ifile, &reader);
     if (first == nullptr)
-        return missing_value(context, reader);
+        return ended(context, reader);
     CS_CHAR code[CODE_SIZE];
     intl_strlcpy(code, first, sizeof code);
     Text text;
     do {
         CS_CHAR *const value = intl_nextvalue(ifile, &reader);
         if (value == nullptr)
-            return missing_value(context, reader);
+            return ended(context, reader);
         com__err_filterescape(value);
         if (!text.append(value))
             return CS_MEM_ERROR;
@@ -216,18 +199,22 @@ bool is_wanted(const CS_ERRIDX *errs, CS_INT nerrs, CS_INT tag, CS_INT number) {
 
 // ---- Into the locale's character set ----
 
-// A cache with the character set of a record, which is all that a conversion asks of it.
-CsLocCache charset_of(const CS_CONTEXT &context, const CS_MESSAGE &message) {
-    CsLocCache cache = {};
+CsCharDesc *charset_of(const CS_CONTEXT &context, const CS_MESSAGE &message) {
+    // Sets are added while others read: each is whole before the head of the list leads to it.
     auto *set = static_cast<CsCharDesc *>(__atomic_load_n(&context.ctxglobals->cmg_chardesc, __ATOMIC_ACQUIRE));
     while (set != nullptr && set->oid != message.charset_oid)
         set = set->charnext;
-    cache.locchardesc = set;
-    return cache;
+    return set;
 }
 
-CS_RETCODE convert(CS_CONTEXT *context, CsLocCache &cache, CS_INT selector, CS_CHAR *text, CS_CHAR *to, CS_INT room,
+// Converts to at most `room` bytes of the set; nothing stays nothing.
+CS_RETCODE convert(CS_CONTEXT *context, CsCharDesc *set, CS_INT selector, CS_CHAR *text, CS_CHAR *to, CS_INT room,
                    CS_INT &length) {
+    length = 0;
+    if (*text == '\0')
+        return CS_SUCCEED;
+    CsLocCache cache = {}; // of which a conversion looks at the set alone
+    cache.locchardesc = set;
     CS_DATAFMT format = {};
     format.datatype = CS_CHAR_TYPE;
     format.maxlength = room;
@@ -237,35 +224,38 @@ CS_RETCODE convert(CS_CONTEXT *context, CsLocCache &cache, CS_INT selector, CS_C
 
 bool is_converted(CS_RETCODE status) { return status == CS_SUCCEED || status == CS_ECONVWARN; }
 
-// *to = the text in the set, in memory of its own: first as much as it has, and three times that where it is not
-// enough.
-CS_RETCODE convert_text(CS_CONTEXT *context, CsLocCache &cache, CS_CHAR *text, CS_CHAR *&to) {
-    constexpr CS_INT WIDER = 3;
-    const auto length = static_cast<CS_INT>(std::strlen(text));
-    for (const CS_INT room : {length, WIDER * length}) {
-        to = static_cast<CS_CHAR *>(std::malloc(static_cast<std::size_t>(room) + 1));
-        if (to == nullptr)
-            return CS_MEM_ERROR;
-        CS_INT written = 0;
-        const CS_RETCODE status =
-            length > 0 ? convert(context, cache, TEXT_SELECTOR, text, to, room, written) : CS_SUCCEED;
-        to[written] = '\0';
-        if (is_converted(status))
-            return CS_SUCCEED;
-        std::free(to);
-        to = nullptr;
-        if (status != CS_ETRUNCATED || room > length)
-            return status;
+// *to = the text in the set, in memory of its own with room for so many bytes.
+CS_RETCODE convert_text(CS_CONTEXT *context, CsCharDesc *set, CS_CHAR *text, CS_INT room, CS_CHAR *&to) {
+    auto *const converted = static_cast<CS_CHAR *>(std::malloc(static_cast<std::size_t>(room) + 1));
+    if (converted == nullptr)
+        return CS_MEM_ERROR;
+    CS_INT length;
+    const CS_RETCODE status = convert(context, set, TEXT_SELECTOR, text, converted, room, length);
+    if (!is_converted(status)) {
+        std::free(converted);
+        return status;
     }
-    return CS_ETRUNCATED;
+    converted[length] = '\0';
+    to = converted;
+    return CS_SUCCEED;
 }
 
-CS_RETCODE convert_code(CS_CONTEXT *context, CsLocCache &cache, CS_CHAR *code, CS_CHAR (&to)[CODE_SIZE]) {
-    CS_INT length = 0;
-    const CS_RETCODE status =
-        *code != '\0' ? convert(context, cache, CODE_SELECTOR, code, to, CODE_SIZE - 1, length) : CS_SUCCEED;
+// Most texts do not grow; the few that do hardly grow more than this.
+CS_RETCODE convert_text(CS_CONTEXT *context, CsCharDesc *set, CS_CHAR *text, CS_CHAR *&to) {
+    constexpr CS_INT WIDENING = 3;
+    const auto length = static_cast<CS_INT>(std::strlen(text));
+    const CS_RETCODE status = convert_text(context, set, text, length, to);
+    return status == CS_ETRUNCATED ? convert_text(context, set, text, WIDENING * length, to) : status;
+}
+
+// A code that does not fit is cut.
+CS_RETCODE convert_code(CS_CONTEXT *context, CsCharDesc *set, CS_CHAR *code, CS_CHAR (&to)[CODE_SIZE]) {
+    CS_INT length;
+    const CS_RETCODE status = convert(context, set, CODE_SELECTOR, code, to, CODE_SIZE - 1, length);
+    if (!is_converted(status) && status != CS_ETRUNCATED)
+        return status;
     to[length] = '\0';
-    return is_converted(status) || status == CS_ETRUNCATED ? CS_SUCCEED : status;
+    return CS_SUCCEED;
 }
 
 } // namespace
@@ -297,7 +287,7 @@ void com__err_filterescape(CS_CHAR *text) {
         }
         ++from;
         const std::size_t name = NAMES.find(*from);
-        *to++ = name != std::string_view::npos ? NAMED[name] : '\\'; // what it cannot name is lost
+        *to++ = name != std::string_view::npos ? NAMED[name] : '\\'; // files count on "\\\\" being one backslash
     }
     *to = '\0';
 }
@@ -330,15 +320,16 @@ CS_RETCODE com__update_cache(CS_CONTEXT *context, CS_MESSAGE *message, CsErrSecC
     COM_REQUIRE_PTR(seccache, CS_FAIL);
     COM_REQUIRE_PTR(code, CS_FAIL);
     COM_REQUIRE_PTR(text, CS_FAIL);
-    if (message->locerrcnt >= MOST_MESSAGES)
-        drop_oldest(*message);
-    CsErrorCache *const error = static_cast<CsErrorCache *>(std::calloc(1, sizeof(CsErrorCache)));
+    CsCharDesc *const set = charset_of(*context, *message);
+    COM_REQUIRE_PTR(set, CS_FAIL);
+    if (message->locerrcnt >= MOST_MESSAGES && !drop_oldest(*message))
+        return CS_FAIL;
+    auto *const error = static_cast<CsErrorCache *>(std::calloc(1, sizeof(CsErrorCache)));
     if (error == nullptr)
         return COM_TRACE(CS_MEM_ERROR);
-    CsLocCache cache = charset_of(*context, *message);
-    CS_RETCODE status = convert_text(context, cache, text, error->errmsg);
+    CS_RETCODE status = convert_text(context, set, text, error->errmsg);
     if (status == CS_SUCCEED)
-        status = convert_code(context, cache, code, error->errcode);
+        status = convert_code(context, set, code, error->errcode);
     if (status != CS_SUCCEED) {
         free_error(error);
         return COM_TRACE(status);
@@ -422,7 +413,7 @@ CS_RETCODE com_err_init(CS_CONTEXT *context, CS_ERRHAN *errhan, const CS_ERRSECT
     if (cache == nullptr)
         return CS_FAIL;
     CS_MESSAGE &message = *cache->locmessage;
-    const MessageLock lock(message);
+    const MessageLock lock(message.msgmtx);
     if (!lock.is_held())
         return COM_TRACE(CS_FAIL);
     CsErrFileCache **const link = find_file(message, errhan->err_file);
@@ -438,7 +429,7 @@ CS_RETCODE com_err_init(CS_CONTEXT *context, CS_ERRHAN *errhan, const CS_ERRSECT
         *link = file; // at the end, if it is new
     else if (*link == nullptr)
         com__errfile_cache_drop(&message, file);
-    return traced(status);
+    return status == CS_SUCCEED ? status : COM_TRACE(status);
 }
 
 CS_RETCODE com_errinit(CS_CONTEXT *context) {
@@ -475,58 +466,76 @@ CS_RETCODE com_errdrop(CS_CONTEXT *context) {
 namespace dlx {
 namespace {
 
-// Reads one message of the file: the sections in front of its own are passed over.
-CS_RETCODE load_message(CS_CONTEXT *context, CS_MESSAGE *message, INTL_LOCFILE *ifile, CsErrSecCache *section,
+// Reads one message of the file into the cache; the sections in front of its own are passed over.
+CS_RETCODE load_message(CS_CONTEXT *context, CS_MESSAGE &message, INTL_LOCFILE *ifile, CsErrSecCache *section,
                         CS_INT errnum) {
     const CS_RETCODE status = find_section(context, ifile, section->errstr);
     if (status != CS_SUCCEED)
         return status;
     const CS_ERRIDX wanted = {section->errtag, static_cast<CS_MSGNUM>(errnum)};
-    return com__err_load_errors(context, message, ifile, &wanted, 1, section);
+    return com__err_load_errors(context, &message, ifile, &wanted, 1, section);
+}
+
+// The message, read if it is not cached. The caller holds the lock.
+CS_RETCODE find_message(CS_CONTEXT *context, const CS_ERRHAN &errhan, const CsLocCache &cache, CS_INT errtag,
+                        CS_INT errnum, CsErrorCache *&found) {
+    CS_MESSAGE &message = *cache.locmessage;
+    const CsErrFileCache *const file = *find_file(message, errhan.err_file);
+    CsErrSecCache *const section = file != nullptr ? find_section_cache(*file, errtag) : nullptr;
+    if (section == nullptr)
+        return CS_FAIL;
+    found = com__scan_cache(section, errnum);
+    if (found != nullptr)
+        return CS_SUCCEED;
+    INTL_LOCFILE ifile;
+    CS_RETCODE status = open_file(context, errhan, cache, &ifile);
+    if (status != CS_SUCCEED)
+        return status;
+    status = close_file(context, &ifile, load_message(context, message, &ifile, section, errnum));
+    if (status != CS_SUCCEED)
+        return status;
+    found = com__scan_cache(section, errnum);
+    return found != nullptr ? CS_SUCCEED : CS_FAIL;
+}
+
+// Hands the message to `use` while no other thread can take it out of the cache.
+template <class Use>
+CS_RETCODE with_message(CS_CONTEXT *context, const CS_ERRHAN *errhan, CS_INT errtag, CS_INT errnum, Use use) {
+    COM_REQUIRE_PTR(context, CS_FAIL);
+    COM_REQUIRE_PTR(errhan, CS_FAIL);
+    const CsLocCache *const cache = cache_of(*errhan);
+    if (cache == nullptr)
+        return CS_FAIL;
+    const MessageLock lock(cache->locmessage->msgmtx);
+    if (!lock.is_held())
+        return COM_TRACE(CS_FAIL);
+    CsErrorCache *error = nullptr;
+    CS_RETCODE status = find_message(context, *errhan, *cache, errtag, errnum, error);
+    if (status == CS_SUCCEED)
+        status = use(*error);
+    return status == CS_SUCCEED ? status : COM_TRACE(status);
 }
 
 } // namespace
 } // namespace dlx
 
 CS_RETCODE com__err_getcache(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT errtag, CS_INT errnum, CsErrorCache **out) {
-    COM_REQUIRE_PTR(context, CS_FAIL);
-    COM_REQUIRE_PTR(errhan, CS_FAIL);
     COM_REQUIRE_PTR(out, CS_FAIL);
     *out = nullptr;
-    const CsLocCache *const cache = cache_of(*errhan);
-    if (cache == nullptr)
-        return CS_FAIL;
-    CS_MESSAGE &message = *cache->locmessage;
-    const MessageLock lock(message);
-    if (!lock.is_held())
-        return COM_TRACE(CS_FAIL);
-    CsErrFileCache *const file = *find_file(message, errhan->err_file);
-    CsErrSecCache *const section = file != nullptr ? find_section_cache(*file, errtag) : nullptr;
-    if (section == nullptr)
-        return COM_TRACE(CS_FAIL);
-    *out = com__scan_cache(section, errnum);
-    if (*out != nullptr)
+    return with_message(context, errhan, errtag, errnum, [out](CsErrorCache &error) {
+        *out = &error;
         return CS_SUCCEED;
-    INTL_LOCFILE ifile;
-    CS_RETCODE status = open_file(context, *errhan, *cache, &ifile);
-    if (status == CS_SUCCEED)
-        status = close_file(context, &ifile, load_message(context, &message, &ifile, section, errnum));
-    if (status != CS_SUCCEED)
-        return COM_TRACE(status);
-    *out = com__scan_cache(section, errnum);
-    return *out != nullptr ? CS_SUCCEED : COM_TRACE(CS_FAIL);
+    });
 }
 
 CS_RETCODE com_err_msg(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_ERRIDX *idx, CS_CHAR **msg) {
     COM_REQUIRE_PTR(idx, CS_FAIL);
     COM_REQUIRE_PTR(msg, CS_FAIL);
     *msg = nullptr;
-    CsErrorCache *error;
-    const CS_RETCODE status = com__err_getcache(context, errhan, idx->errtag, static_cast<CS_INT>(idx->errnum), &error);
-    if (status != CS_SUCCEED)
-        return status;
-    *msg = error->errmsg;
-    return *msg != nullptr ? CS_SUCCEED : COM_TRACE(CS_FAIL);
+    return with_message(context, errhan, idx->errtag, static_cast<CS_INT>(idx->errnum), [msg](CsErrorCache &error) {
+        *msg = error.errmsg;
+        return *msg != nullptr ? CS_SUCCEED : CS_FAIL;
+    });
 }
 
 CS_RETCODE com_err_sqlstate(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT errnum, CS_INT errtag, CS_BYTE *sqlstate,
@@ -534,13 +543,11 @@ CS_RETCODE com_err_sqlstate(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT errnu
     COM_REQUIRE_PTR(sqlstate, CS_FAIL);
     COM_REQUIRE_PTR(outlen, CS_FAIL);
     COM_REQUIRE(sqlstatelen >= 1, CS_FAIL);
-    CsErrorCache *error;
-    const CS_RETCODE status = com__err_getcache(context, errhan, errtag, errnum, &error);
-    if (status != CS_SUCCEED)
-        return status;
-    *outlen = static_cast<CS_INT>(std::strlen(error->errcode));
-    if (*outlen > sqlstatelen)
-        return COM_TRACE(CS_FAIL);
-    std::memcpy(sqlstate, error->errcode, static_cast<std::size_t>(*outlen));
-    return CS_SUCCEED;
+    return with_message(context, errhan, errtag, errnum, [=](const CsErrorCache &error) {
+        *outlen = static_cast<CS_INT>(std::strlen(error.errcode));
+        if (*outlen > sqlstatelen)
+            return CS_FAIL;
+        std::memcpy(sqlstate, error.errcode, static_cast<std::size_t>(*outlen));
+        return CS_SUCCEED;
+    });
 }

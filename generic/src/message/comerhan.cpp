@@ -1,6 +1,10 @@
 // Building a message and handing it to the application.
+//
+// A text of the catalog is the cache's own, and may go with the next one that is read. So each is copied while the lock
+// is held that it was found under, and the message is put together from the copies.
 
 #include "diag/check.h"
+#include "message/lock.h"
 
 #include <dlxcomn/message.h>
 #include <dlxintl/intl.h>
@@ -43,18 +47,30 @@ struct Parameter {
 Parameter text(CS_CHAR *value) { return {TEXT, value}; }
 Parameter integer(CS_INT *value) { return {INTEGER, value}; }
 
-CS_RETCODE pack(SourceLine where, CsErrParams *ep, const char *format, Parameter first,
-                Parameter second = {TEXT, nullptr}, Parameter third = {TEXT, nullptr}, CS_INT count = 1) {
+constexpr Parameter NONE = {TEXT, nullptr};
+
+// `where` is the packer that the parameters were given to.
+CS_RETCODE pack(SourceLine where, CsErrParams *ep, CS_INT count, const char *format, Parameter first,
+                Parameter second = NONE, Parameter third = NONE) {
     COM_REQUIRE_PTR_AT(where, ep, CS_FAIL);
     COM_REQUIRE_PTR_AT(where, first.value, CS_FAIL);
     if (count >= 2)
         COM_REQUIRE_PTR_AT(where, second.value, CS_FAIL);
     if (count >= 3)
         COM_REQUIRE_PTR_AT(where, third.value, CS_FAIL);
-    *ep = {count,      const_cast<CS_CHAR *>(format), first.type, first.value, second.type, second.value, third.type,
-           third.value};
+    *ep = {.ep_numparams = count,
+           .ep_format = const_cast<CS_CHAR *>(format),
+           .ep_type1 = first.type,
+           .ep_param1 = first.value,
+           .ep_type2 = second.type,
+           .ep_param2 = second.value,
+           .ep_type3 = third.type,
+           .ep_param3 = third.value};
     return CS_SUCCEED;
 }
+
+// An integer is read here; a text may be missing, which a template takes for an empty one.
+bool is_parameter(CS_INT type, const CS_VOID *value) { return type == TEXT || (type == INTEGER && value != nullptr); }
 
 // Calls `build` with the value of a parameter: a text or an int.
 template <class Build>
@@ -62,17 +78,17 @@ int with_value(CS_INT type, const CS_VOID *value, Build build) {
     return type == TEXT ? build(static_cast<const CS_CHAR *>(value)) : build(*static_cast<const CS_INT *>(value));
 }
 
-bool is_type(CS_INT type) { return type == TEXT || type == INTEGER; }
-
 // Fills the template; negative where that fails.
 int fill(const CsErrParams &params, const CS_CHAR *message_template, CS_CHAR *buffer, CS_INT length) {
     constexpr int FAILED = -1;
     constexpr int NO_FLAGS = 0;
-    COM_REQUIRE(is_type(params.ep_type2), FAILED);
+    COM_REQUIRE(params.ep_numparams == 2 || params.ep_numparams == 3, FAILED);
+    COM_REQUIRE_PTR(params.ep_format, FAILED);
+    COM_REQUIRE(is_parameter(params.ep_type2, params.ep_param2), FAILED);
+    COM_REQUIRE(params.ep_numparams == 2 || is_parameter(params.ep_type3, params.ep_param3), FAILED);
     return with_value(params.ep_type2, params.ep_param2, [&](auto second) {
         if (params.ep_numparams == 2)
             return intl_strbuild(NO_FLAGS, buffer, length, message_template, params.ep_format, second);
-        COM_REQUIRE(is_type(params.ep_type3), FAILED);
         return with_value(params.ep_type3, params.ep_param3, [&](auto third) {
             return intl_strbuild(NO_FLAGS, buffer, length, message_template, params.ep_format, second, third);
         });
@@ -99,22 +115,61 @@ private:
     CS_INT length_ = 0;
 };
 
-bool is_known_failure(CS_RETCODE status) {
+// ---- Texts of the catalog ----
+
+// What a lookup may answer instead of a text.
+bool is_absence(CS_RETCODE status) {
     return status == CS_FAIL || status == CS_EINTL || status == CS_MEM_ERROR || status == CS_ENOLOCFILE;
 }
 
-// A text of the catalog, or null. A context without a catalog has none.
-CS_CHAR *catalog_text(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT tag, CS_INT number) {
+// A context without a catalog has no texts.
+CS_RETCODE find_text(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT tag, CS_INT number, CS_CHAR **out) {
     if (errhan == nullptr)
-        return nullptr;
+        return CS_FAIL;
     CS_ERRIDX idx = {tag, static_cast<CS_MSGNUM>(number)};
-    CS_CHAR *found;
-    const CS_RETCODE status = com_err_msg(context, errhan, &idx, &found);
-    if (status == CS_SUCCEED)
-        return found;
-    COM_REQUIRE(is_known_failure(status), nullptr);
-    return nullptr;
+    return com_err_msg(context, errhan, &idx, out);
 }
+
+// The mutex of a catalog's messages; null where it has none.
+CS_THRDRES *mutex_of(const CS_ERRHAN *errhan) {
+    if (errhan == nullptr || errhan->err_locale == nullptr)
+        return nullptr;
+    const auto *const cache = static_cast<const CsLocCache *>(errhan->err_locale->messageptr);
+    return cache != nullptr && cache->locmessage != nullptr ? cache->locmessage->msgmtx : nullptr;
+}
+
+// A text out of the reach of the catalog. Without memory for a long one its beginning is kept.
+class OwnText {
+public:
+    OwnText() = default;
+    ~OwnText() {
+        if (text_ != small_)
+            std::free(text_);
+    }
+    OwnText(const OwnText &) = delete;
+    OwnText &operator=(const OwnText &) = delete;
+
+    // Once only.
+    void keep(const CS_CHAR *text, CS_INT length) {
+        if (length > SMALL)
+            text_ = static_cast<CS_CHAR *>(std::malloc(static_cast<std::size_t>(length)));
+        if (text_ == nullptr) {
+            text_ = small_;
+            length = SMALL;
+        }
+        std::memcpy(text_, text, static_cast<std::size_t>(length));
+        length_ = length;
+    }
+    CS_CHAR *text() { return text_; }
+    CS_INT length() const { return length_; }
+
+private:
+    static constexpr CS_INT SMALL = 256;
+
+    CS_CHAR small_[SMALL];
+    CS_CHAR *text_ = small_;
+    CS_INT length_ = 0;
+};
 
 } // namespace
 } // namespace dlx
@@ -131,45 +186,48 @@ const CS_STRINGS Msgfailures[] = {
 
 // ---- Parameters ----
 
-CS_RETCODE com_ep_s(CsErrParams *ep, CS_CHAR *str1) { return pack(COM_HERE, ep, "%s", text(str1)); }
+CS_RETCODE com_ep_s(CsErrParams *ep, CS_CHAR *str1) { return pack(COM_HERE, ep, 1, "%s", text(str1)); }
 CS_RETCODE com_ep_sd(CsErrParams *ep, CS_CHAR *str1, CS_INT *int1) {
-    return pack(COM_HERE, ep, "%d", text(str1), integer(int1), {}, 2);
+    return pack(COM_HERE, ep, 2, "%d", text(str1), integer(int1));
 }
 CS_RETCODE com_ep_ss(CsErrParams *ep, CS_CHAR *str1, CS_CHAR *str2) {
-    return pack(COM_HERE, ep, "%s", text(str1), text(str2), {}, 2);
+    return pack(COM_HERE, ep, 2, "%s", text(str1), text(str2));
 }
 CS_RETCODE com_ep_sss(CsErrParams *ep, CS_CHAR *str1, CS_CHAR *str2, CS_CHAR *str3) {
-    return pack(COM_HERE, ep, "%s %s", text(str1), text(str2), text(str3), 3);
+    return pack(COM_HERE, ep, 3, "%s %s", text(str1), text(str2), text(str3));
 }
 CS_RETCODE com_ep_sds(CsErrParams *ep, CS_CHAR *str1, CS_INT *int1, CS_CHAR *str2) {
-    return pack(COM_HERE, ep, "%d %s", text(str1), integer(int1), text(str2), 3);
+    return pack(COM_HERE, ep, 3, "%d %s", text(str1), integer(int1), text(str2));
 }
 CS_RETCODE com_ep_sdd(CsErrParams *ep, CS_CHAR *str1, CS_INT *int1, CS_INT *int2) {
-    return pack(COM_HERE, ep, "%d %d", text(str1), integer(int1), integer(int2), 3);
+    return pack(COM_HERE, ep, 3, "%d %d", text(str1), integer(int1), integer(int2));
 }
 CS_RETCODE com_ep_ssd(CsErrParams *ep, CS_CHAR *str1, CS_CHAR *str2, CS_INT *int1) {
-    return pack(COM_HERE, ep, "%s %d", text(str1), text(str2), integer(int1), 3);
+    return pack(COM_HERE, ep, 3, "%s %d", text(str1), text(str2), integer(int1));
 }
 
 // ---- Texts ----
 
-CS_CHAR *com__get_failerr(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT failcode) {
-    if (CS_CHAR *const found = catalog_text(context, errhan, CS_ERRTAG_DEFAULTS, failcode))
-        return found;
+void com__get_failerr(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT failcode, CS_CHAR **out) {
+    COM_REQUIRE_PTR(out);
+    if (find_text(context, errhan, CS_ERRTAG_DEFAULTS, failcode, out) == CS_SUCCEED)
+        return; // why the file has none does not matter here
     const CS_STRINGS *failure = Msgfailures;
     while (failure->key != CS_UNUSED && failure->key != failcode)
         ++failure;
-    COM_REQUIRE(failure->key != CS_UNUSED, failure->string);
-    return failure->string;
+    *out = failure->string;
+    COM_REQUIRE(failure->key != CS_UNUSED);
 }
 
 void com__get_errstr(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT tag, CS_INT number, CS_INT failcode, CS_CHAR **out,
                      CS_INT *outlen) {
     COM_REQUIRE_PTR(out);
     COM_REQUIRE_PTR(outlen);
-    CS_CHAR *const found = catalog_text(context, errhan, tag, number);
-    *out = found != nullptr ? found : com__get_failerr(context, errhan, failcode);
+    const CS_RETCODE status = find_text(context, errhan, tag, number, out);
+    if (status != CS_SUCCEED)
+        com__get_failerr(context, errhan, failcode, out);
     *outlen = length_of(*out);
+    COM_REQUIRE(status == CS_SUCCEED || is_absence(status));
 }
 
 void com__get_intlerr(CS_MSGNUM msgnum, CsErrStrings *strings) {
@@ -197,20 +255,21 @@ void com__call_strbuild(CsErrParams *params, CS_CHAR *message_template, CS_INT l
     strings->es_err_alloc = CS_TRUE;
 }
 
-void com__get_errmsg(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_MSGNUM msgnum, CS_INT section, CsErrParams *params,
-                     CsErrStrings *strings) {
-    COM_REQUIRE_PTR(params);
-    COM_REQUIRE_PTR(strings);
+CS_RETCODE com__get_errmsg(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_MSGNUM msgnum, CS_INT section,
+                           CsErrParams *params, CsErrStrings *strings) {
+    COM_REQUIRE_PTR(params, CS_FAIL);
+    COM_REQUIRE_PTR(strings, CS_FAIL);
     if (origin_of(msgnum) == LOCALIZATION_ORIGIN) {
-        COM_REQUIRE(params->ep_numparams == 1);
+        COM_REQUIRE(params->ep_numparams == 1, CS_FAIL);
         com__get_intlerr(msgnum, strings);
-        return;
+        return CS_SUCCEED;
     }
-    strings->es_err_alloc = CS_FALSE;
     com__get_errstr(context, errhan, section, static_cast<CS_INT>(number_of(msgnum)), MESSAGE_MISSING, &strings->es_err,
                     &strings->es_errlen);
+    strings->es_err_alloc = CS_FALSE;
     if (params->ep_numparams > 1)
         com__call_strbuild(params, strings->es_err, strings->es_errlen + TEMPLATE_SLACK, strings);
+    return CS_SUCCEED;
 }
 
 void com__fill_climsg(CsErrStrings *strings, CS_CHAR *outbuf, CS_INT outbuflen, CS_INT *outlen) {
@@ -229,6 +288,32 @@ void com__fill_climsg(CsErrStrings *strings, CS_CHAR *outbuf, CS_INT outbuflen, 
     *outlen = out.length();
 }
 
+namespace dlx {
+namespace {
+
+void keep_errstr(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_INT tag, CS_UINT number, CS_INT failcode, OwnText &own) {
+    const MessageLock lock(mutex_of(errhan));
+    CS_CHAR *text;
+    CS_INT length;
+    com__get_errstr(context, errhan, tag, static_cast<CS_INT>(number), failcode, &text, &length);
+    own.keep(text, length);
+}
+
+CS_RETCODE keep_errmsg(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_MSGNUM msgnum, CS_INT section, CsErrParams *params,
+                       CsErrStrings &strings, OwnText &own) {
+    const MessageLock lock(mutex_of(errhan));
+    const CS_RETCODE status = com__get_errmsg(context, errhan, msgnum, section, params, &strings);
+    if (status != CS_SUCCEED || strings.es_err_alloc)
+        return status;
+    own.keep(strings.es_err, strings.es_errlen);
+    strings.es_err = own.text();
+    strings.es_errlen = own.length();
+    return CS_SUCCEED;
+}
+
+} // namespace
+} // namespace dlx
+
 CS_RETCODE com_notrunc_errmsg(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_MSGNUM msgnum, CsErrParams *params,
                               CS_CHAR *errbuf, CS_INT errlen, CS_INT section, CS_BOOL truncate, CS_CHAR *outbuf,
                               CS_INT outbuflen, CS_INT *outlen) {
@@ -239,18 +324,22 @@ CS_RETCODE com_notrunc_errmsg(CS_CONTEXT *context, CS_ERRHAN *errhan, CS_MSGNUM 
     COM_REQUIRE(params->ep_numparams >= 1 && params->ep_numparams <= MOST_PARAMETERS, CS_FAIL);
     COM_REQUIRE(params->ep_type1 == TEXT, CS_FAIL);
     COM_REQUIRE_PTR(params->ep_param1, CS_FAIL);
+    COM_REQUIRE(errbuf == nullptr || errlen >= 0, CS_FAIL);
     CsErrStrings strings = {};
+    OwnText layer, origin, message;
     strings.es_api = static_cast<CS_CHAR *>(params->ep_param1);
     strings.es_apilen = length_of(strings.es_api);
-    com__get_errstr(context, errhan, CS_ERRTAG_LAYER, static_cast<CS_INT>(layer_of(msgnum)), LAYER_MISSING,
-                    &strings.es_layer, &strings.es_layerlen);
-    com__get_errstr(context, errhan, CS_ERRTAG_ORIGIN, static_cast<CS_INT>(origin_of(msgnum)), ORIGIN_MISSING,
-                    &strings.es_origin, &strings.es_origlen);
+    keep_errstr(context, errhan, CS_ERRTAG_LAYER, layer_of(msgnum), LAYER_MISSING, layer);
+    strings.es_layer = layer.text();
+    strings.es_layerlen = layer.length();
+    keep_errstr(context, errhan, CS_ERRTAG_ORIGIN, origin_of(msgnum), ORIGIN_MISSING, origin);
+    strings.es_origin = origin.text();
+    strings.es_origlen = origin.length();
     if (errbuf != nullptr) {
         strings.es_err = errbuf;
         strings.es_errlen = errlen;
-    } else {
-        com__get_errmsg(context, errhan, msgnum, section, params, &strings);
+    } else if (keep_errmsg(context, errhan, msgnum, section, params, strings, message) != CS_SUCCEED) {
+        return CS_FAIL;
     }
 
     const CS_INT needed = strings.es_apilen + strings.es_layerlen + strings.es_origlen + strings.es_errlen +
@@ -278,13 +367,13 @@ CS_RETCODE com__error(CS_CONTEXT *context, CS_MSGNUM msgnum, CsErrParams *params
     COM_REQUIRE_PTR(context, CS_FAIL);
     COM_REQUIRE_PTR(params, CS_FAIL);
     if (context->ctxerrfunc == nullptr)
-        return COM_TRACE(CS_FAIL);
+        return COM_TRACE(CS_FAIL); // with nobody to tell, no file is read either
     auto *const errhan = static_cast<CS_ERRHAN *>(context->ctxcomerrhan);
     CS_CLIENTMSG message = {};
     const CS_RETCODE built = com_build_errmsg(context, errhan, msgnum, params, nullptr, 0, CS_ERRTAG_API,
                                               message.msgstring, CS_MAX_MSG - 1, &message.msgstringlen);
     if (built != CS_SUCCEED)
-        return built;
+        return COM_TRACE(built);
     message.msgstring[message.msgstringlen] = '\0';
     if (errhan == nullptr ||
         com_err_sqlstate(context, errhan, static_cast<CS_INT>(number_of(msgnum)), CS_ERRTAG_API, message.sqlstate,

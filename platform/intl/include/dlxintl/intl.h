@@ -2,8 +2,8 @@
  * intl.h - libdlxintl_r64: what the connectivity stack's libraries share below the common library.
  *
  * Bounded strings, the plain allocators, the environment and the home directory, the reader of localization
- * files, and byte files. Functions keep no state of their own; a reader belongs to one thread at a time.
- * Failures are the negative codes below, each with a text.
+ * files, and byte files. Functions keep no state of their own, but for the line that intl_closedline tells; a reader
+ * belongs to one thread at a time. Failures are the negative codes below, each with a text.
  */
 #ifndef DLXINTL_INTL_H
 #define DLXINTL_INTL_H
@@ -103,6 +103,11 @@ typedef struct intl_locfile {
 DLXINTL_API int intl_open(const char *path, INTL_LOCFILE *ifile);
 /* Close it. 0, or INTL_EREAD where reading had failed. Harmless on a reader that is closed. */
 DLXINTL_API int intl_close(INTL_LOCFILE *ifile);
+/*
+ * The line at which the reader stood that this thread closed last, 0 before the first: where a loader that closed its
+ * file has found it wrong.
+ */
+DLXINTL_API int intl_closedline(void);
 DLXINTL_API char *intl_nextsection(INTL_LOCFILE *ifile, int *status);
 DLXINTL_API char *intl_nextentry(INTL_LOCFILE *ifile, int *status);
 DLXINTL_API char *intl_nextvalue(INTL_LOCFILE *ifile, int *status);
