@@ -80,7 +80,7 @@ private:
         const std::uint32_t entries = count(SECTION_ENTRIES);
         if (has(TABLE_SINGLE))
             return entries == 0;
-        if (entries < (has(TABLE_SHIFT) ? 512u : 256u))
+        if (entries < roots())
             return false;
         const Entry *first = section<Entry>(SECTION_ENTRIES);
         for (const Entry *entry = first; entry != first + entries; ++entry)
@@ -88,6 +88,8 @@ private:
                 return false;
         return true;
     }
+
+    std::uint32_t roots() const { return has(TABLE_SHIFT) ? 512 : 256; }
 
     bool entry_is_sound(const Entry &entry) const {
         if (entry.zero != 0)
@@ -99,8 +101,8 @@ private:
             return fits(entry, SECTION_LEAF16);
         case ENTRY_LEAF32:
             return fits(entry, SECTION_LEAF32);
-        case ENTRY_NODE:
-            return fits(entry, SECTION_ENTRIES);
+        case ENTRY_NODE: // the entry of the byte 0 is no character, and the roots are not led to
+            return entry.value >= roots() && fits(entry, SECTION_ENTRIES);
         case ENTRY_PAIR:
             return entry.value < count(SECTION_PAIRS);
         default:

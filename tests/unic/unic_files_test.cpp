@@ -252,6 +252,30 @@ TEST_F(UnicFiles, EveryFieldOfTheHeaderIsChecked) {
     }
 }
 
+// What conversions take for granted: no NUL comes out of them, ASCII is itself, what has no code has none.
+TEST_F(UnicFiles, TablesThatBreakTheirPromisesAreRefused) {
+    using namespace dlx::unic;
+    const int number = fresh_number();
+    const auto is_refused = [&](const char *name, Section section, size_t at, const std::string &bytes) {
+        std::string file = with_number(support::content_of_file(SHIPPED + name), number);
+        EXPECT_TRUE(is_sound(file, number)) << name;
+        file.replace(header_of(file).sections[section].offset + at, bytes.size(), bytes);
+        seal(&file);
+        return !is_sound(file, number);
+    };
+    const std::string nothing(4, '\0');
+    EXPECT_TRUE(is_refused("1252.uct", SECTION_LEAF16, 2 * 0xE9, nothing.substr(2))) << "a code of the NUL";
+    EXPECT_TRUE(is_refused("1252.uct", SECTION_LEAF16, 2 * 'A', {'B', '\0'})) << "another A";
+    EXPECT_TRUE(is_refused("1252.uct", SECTION_BLOCKS, 5, "A")) << "a code in the empty block";
+    EXPECT_TRUE(is_refused("50.uct", SECTION_LEAF16, 2 * 10, nothing.substr(2))) << "a code of the NUL";
+    EXPECT_TRUE(is_refused("50.uct", SECTION_BLOCKS, 2 * 200, {'\0', '\x81'})) << "a code with a NUL in it";
+    EXPECT_TRUE(is_refused("50.uct", SECTION_ENTRIES, sizeof(Entry) * 'A', "B")) << "another A";
+    EXPECT_TRUE(is_refused("49.uct", SECTION_ENTRIES, sizeof(Entry) * 0x8F, nothing)) << "a node that is the root";
+    EXPECT_TRUE(is_refused("47.uct", SECTION_PAIRS, 0, nothing)) << "a pair that begins with the NUL";
+    EXPECT_TRUE(is_refused("47.uct", SECTION_PAIRS, 4, {'A', '\0'})) << "a second that the header does not tell";
+    EXPECT_TRUE(is_refused("48.uct", SECTION_RANGES, 4, {'\xFF', '\xD7'})) << "a range that runs into surrogates";
+}
+
 // The checksum is right here: what is wrong has to be seen by itself, or do no harm.
 TEST_F(UnicFiles, SoundChecksumsOverWrongContentsNeverLeadOutOfTheFile) {
     std::mt19937_64 random(820);
