@@ -178,8 +178,9 @@ bool is_utf8(const CS_CONTEXT &context, const CsLocCache &cache) {
 }
 
 CsUserAlgo *user_conversion(CS_CONTEXT *context, const CsLocCache &from, const CsCharDesc &to) {
-    CsUserAlgo *conversion;
-    comn__get_user_charconv(context, from.locchardesc->oid, to.oid, &conversion);
+    CsUserAlgo *conversion = nullptr;
+    if (context->usercharconv != nullptr)
+        comn__get_user_charconv(context, from.locchardesc->oid, to.oid, &conversion);
     return conversion;
 }
 
@@ -202,6 +203,34 @@ bool get_cid(const CsLocCache &cache, UNICONV_CID &cid) {
     return comn__get_unilib_cid(cache.locchardesc->char_attrib->cs_id, &cid) == CS_SUCCEED;
 }
 
+// ---- ASCII ----
+
+constexpr CS_UBIGINT HIGH_BITS = 0x8080808080808080;
+constexpr CS_INT WORD = sizeof(CS_UBIGINT);
+
+CS_UBIGINT word_at(const CS_BYTE *text, CS_INT at) { return load<CS_UBIGINT>(text + at); }
+
+// Where the first other byte stands in a short text cannot be foreseen, so no branch asks for it there.
+bool is_ascii(const CS_BYTE *text, CS_INT length) {
+    constexpr CS_INT STRETCH = 8 * WORD;
+    CS_UBIGINT seen = 0;
+    CS_INT at = 0;
+    for (; length - at >= STRETCH; at += STRETCH) {
+        for (CS_INT word = 0; word < STRETCH; word += WORD)
+            seen |= word_at(text, at + word);
+        if ((seen & HIGH_BITS) != 0)
+            return false;
+    }
+    for (; length - at >= WORD; at += WORD)
+        seen |= word_at(text, at);
+    if (length >= WORD)
+        seen |= word_at(text, length - WORD); // in part once more
+    else
+        while (at < length)
+            seen |= text[at++];
+    return (seen & HIGH_BITS) == 0;
+}
+
 // ---- In one step ----
 
 // Conversions in place go through a copy.
@@ -217,6 +246,18 @@ int in_one_step(OneStep step, UNICONV_CID set, const CS_BYTE *source, CS_INT len
     if (!is_apart(source, length, dest, room))
         return UNI_INDIRECT;
     return step(set, reinterpret_cast<const char *>(source), length, reinterpret_cast<char *>(dest), room, resultlen);
+}
+
+// A value of which neither end has a length in front, between UTF-8 and another set. False where that settles nothing.
+bool convert_at_once(const CS_CONTEXT &context, const CsLocCache &from, const CsLocCache &to, const SourceText &source,
+                     const DestinationText &destination, CS_INT *resultlen) {
+    const bool is_to_utf8 = is_utf8(context, to);
+    if (is_to_utf8 ? comn__get_persistent_handle() != nullptr : !is_utf8(context, from))
+        return false;
+    UNICONV_CID cid;
+    return get_cid(is_to_utf8 ? from : to, cid) &&
+           is_done(in_one_step(is_to_utf8 ? uniconv_StrToUTF8 : uniconv_StrFromUTF8, cid, source.data, source.length,
+                               destination.data, destination.room, resultlen));
 }
 
 // ---- Through 16-bit text ----
@@ -310,12 +351,6 @@ CS_RETCODE convert_sets(const CsLocCache &from, const CsLocCache &to, const Sour
     UNICONV_CID from_cid, to_cid;
     if (!get_cid(from, from_cid) || !get_cid(to, to_cid))
         return COM_TRACE(CS_FAIL);
-    if (from_cid == UNICONV_UTF8 && is_done(in_one_step(uniconv_StrFromUTF8, to_cid, source.data, source.length,
-                                                        destination.value, destination.room, resultlen))) {
-        destination.set_length(*resultlen);
-        return CS_SUCCEED;
-    }
-    *resultlen = 0;
     const CS_RETCODE status = convert_by_tables(from_cid, to_cid, source, destination, resultlen);
     return status == CS_SUCCEED ? status : COM_TRACE(status);
 }
@@ -369,15 +404,13 @@ CVTH comn__get_persistent_handle() { return comn__persistent_handle; }
 // ---- Conversion ----
 
 CS_RETCODE comn__copy_ascii_only(CS_BYTE *dest, CS_INT destlen, CS_BYTE *src, CS_INT srclen, CS_INT *resultlen) {
-    constexpr CS_INT STRIDE = sizeof(CS_UBIGINT);
-    constexpr CS_UBIGINT HIGH_BITS = 0x8080808080808080;
     COM_REQUIRE_PTR(dest, CS_FAIL);
     COM_REQUIRE_PTR(src, CS_FAIL);
     COM_REQUIRE_PTR(resultlen, CS_FAIL);
     const CS_INT count = std::min(destlen, srclen);
     CS_INT at = 0;
-    for (; count - at >= STRIDE; at += STRIDE) {
-        const CS_UBIGINT bytes = load<CS_UBIGINT>(src + at);
+    for (; count - at >= WORD; at += WORD) {
+        const CS_UBIGINT bytes = word_at(src, at);
         if ((bytes & HIGH_BITS) != 0)
             break;
         store(dest + at, bytes);
@@ -511,6 +544,10 @@ CS_RETCODE comn_charset_convert(CS_CONTEXT *context, CS_INT type, CS_DATAFMT *sr
     }
     if (const CsUserAlgo *conversion = user_conversion(context, *from, *to->locchardesc))
         return conversion->user_conv_func(context, srcfmt, src, destfmt, dest, resultlen);
+    const bool has_lengths = source.data != src || destination.has_length;
+    if (!has_lengths && !is_ascii(source.data, source.length) &&
+        convert_at_once(*context, *from, *to, source, destination, resultlen))
+        return CS_SUCCEED;
     if (comn__copy_ascii_only(destination.data, destination.room, source.data, source.length, resultlen) ==
         CS_SUCCEED) {
         destination.set_length(*resultlen);
@@ -519,7 +556,7 @@ CS_RETCODE comn_charset_convert(CS_CONTEXT *context, CS_INT type, CS_DATAFMT *sr
     if (!is_utf8(*context, *to))
         return convert_sets(*from, *to, source, destination, resultlen);
     // On the operands as they lie: a length in front of one is text there, or is written over.
-    if (source.data != src || destination.has_length)
+    if (has_lengths)
         return comn__convt_to_utf8(context, 0, srcfmt, from, src, dest, destination.room, resultlen);
     return convert_to_utf8(*from, source.data, source.length, destination.data, destination.room, resultlen);
 }
