@@ -61,10 +61,10 @@ TEST_F(Message, OfTheLocalizationLibraryIsItsText) {
 TEST_F(Message, IsThatOfTheEnvironmentWhereTheHomeHasIt) {
     lang_.put("fr_FR.UTF-8");
     EXPECT_THAT(dlxcomn({"message", "17040898"}).output, HasSubstr("in the locale fr_FR.UTF-8\n"));
-    lang_.put("C.UTF-8");
+    lang_.put("C.utf-8");
     EXPECT_THAT(dlxcomn({"message", "17040898"}).output, HasSubstr("in the locale default\n"));
-    EXPECT_MISUSED(dlxcomn({"message", "17040898", "--locale", "C.UTF-8"}),
-                   "no locale \"C.UTF-8\"; did you mean C? `dlxcomn locales` lists them");
+    EXPECT_MISUSED(dlxcomn({"message", "17040898", "--locale", "C.utf-8"}),
+                   "no locale \"C.utf-8\"; did you mean C.UTF-8? `dlxcomn locales` lists them");
 }
 
 TEST_F(Message, WantsANumber) {

@@ -54,8 +54,8 @@ TEST_F(HomeLocales, NamesAreThoseThatArePromised) {
     std::set<std::string> names;
     for (const FileEntry &line : locales)
         EXPECT_TRUE(names.insert(line.values[0]).second) << line.values[0];
-    for (const char *name : {"default", "C", "POSIX", "ru_RU.KOI8-R", "ja_JP.SJIS", "ja_JP.eucJP", "zh_CN.GB18030",
-                             "zh_TW.Big5", "ko_KR.eucKR"})
+    for (const char *name : {"default", "C", "POSIX", "C.UTF-8", "ru_RU.KOI8-R", "ja_JP.SJIS", "ja_JP.eucJP",
+                             "zh_CN.GB18030", "zh_TW.Big5", "ko_KR.eucKR"})
         EXPECT_TRUE(names.contains(name)) << name;
     for (const Language &language : LANGUAGES) {
         EXPECT_TRUE(names.contains(language.icu_locale));
