@@ -79,6 +79,7 @@ public:
             home_ = home;
         setenv("DALVEX", directory_.path.c_str(), 1);
         set_.oid = messages_.charset_oid = &oid_;
+        set_.char_attrib = com_get_charattrib(); // as every set has; UTF-8 is copied whatever they say
         globals_.cmg_chardesc = globals_.cmg_utf8_charset = &set_;
         comn_create_mutex(&messages_.msgmtx);
         cache_.langname = language_;
