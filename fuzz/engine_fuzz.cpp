@@ -86,15 +86,26 @@ struct Units {
     std::vector<UNICHAR> units;
 };
 
-Units units_of(UNICONV_CID cid, const std::string &text) {
-    Units result = {0, 0, std::vector<UNICHAR>(text.size() + 1)};
-    const std::string terminated = text + std::string(3, '\0');
-    result.status = uniconv_unistrFromS(handle_of(cid), result.units.data(), static_cast<int>(result.units.size()),
-                                        terminated.c_str(), &result.count);
-    return result;
+bool is_done(int status) { return status == UNI_OK || status == UNI_SUBSTITUTED; }
+
+// Whether a text of UTF-16 goes up to its last byte, which is half a unit.
+bool ends_in_half(const std::string &text) {
+    for (std::size_t i = 0; i + 1 < text.size(); i += 2)
+        if (text[i] == '\0' && text[i + 1] == '\0')
+            return false;
+    return text.size() % 2 != 0;
 }
 
-bool is_done(int status) { return status == UNI_OK || status == UNI_SUBSTITUTED; }
+Units units_of(UNICONV_CID cid, const std::string &text) {
+    Units result = {0, 0, std::vector<UNICHAR>(text.size() + 1)};
+    const bool is_cut = cid == UNICONV_UTF16 && ends_in_half(text);
+    const std::string terminated = text.substr(0, text.size() - is_cut) + std::string(3, '\0');
+    result.status = uniconv_unistrFromS(handle_of(cid), result.units.data(), static_cast<int>(result.units.size()),
+                                        terminated.c_str(), &result.count);
+    if (is_cut && is_done(result.status))
+        result.status = UNI_TRUNCATED;
+    return result;
+}
 
 Result naive_to_set(const Units &units, UNICONV_CID from, UNICONV_CID to, std::size_t room) {
     const CVTH handle = handle_of(to);
